@@ -1,0 +1,36 @@
+# SPDX-FileCopyrightText: 2026 Tolm
+# SPDX-License-Identifier: AGPL-3.0-only
+
+# What all targets share: the language, and the flags that keep the music the same everywhere.
+
+if (NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+    set (CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
+endif()
+
+set (CMAKE_CXX_STANDARD 20)
+set (CMAKE_CXX_STANDARD_REQUIRED ON)
+set (CMAKE_CXX_EXTENSIONS OFF)
+set (CMAKE_POSITION_INDEPENDENT_CODE ON)
+set (CMAKE_CXX_VISIBILITY_PRESET hidden)
+set (CMAKE_C_VISIBILITY_PRESET hidden)
+set (CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+
+find_program (PULSEWRIGHT_CCACHE ccache)
+
+if (PULSEWRIGHT_CCACHE)
+    set (CMAKE_C_COMPILER_LAUNCHER "${PULSEWRIGHT_CCACHE}")
+    set (CMAKE_CXX_COMPILER_LAUNCHER "${PULSEWRIGHT_CCACHE}")
+endif()
+
+add_library (pulsewright_build_settings INTERFACE)
+target_compile_features (pulsewright_build_settings INTERFACE cxx_std_20)
+
+# A fused multiply-add rounds once instead of twice: on the processors that have one, a seed would
+# play another song.
+target_compile_options (pulsewright_build_settings INTERFACE
+    $<$<CXX_COMPILER_ID:GNU,Clang,AppleClang>:-ffp-contract=off>)
+
+# For our own code only; JUCE's headers are system headers to it.
+add_library (pulsewright_warnings INTERFACE)
+target_compile_options (pulsewright_warnings INTERFACE
+    $<$<CXX_COMPILER_ID:GNU,Clang,AppleClang>:-Wall -Wextra -Wshadow -Wconversion -Werror>)

@@ -1,0 +1,69 @@
+# SPDX-FileCopyrightText: 2026 Tolm
+# SPDX-License-Identifier: AGPL-3.0-only
+
+# The plug-in. Its static library holds JUCE, compiled once; the wrappers, the tools and the tests link it.
+
+juce_add_plugin (Pulsewright
+    PRODUCT_NAME "Pulsewright"
+    PLUGIN_NAME "Pulsewright"
+    DESCRIPTION "Genre-aware drum song generator"
+    COMPANY_NAME "Tolm"
+    BUNDLE_ID "com.tolm.pulsewright"
+    PLUGIN_MANUFACTURER_CODE Tolm
+    PLUGIN_CODE Pwr1
+    FORMATS VST3 Standalone
+    VST3_CATEGORIES Instrument Synth
+    IS_SYNTH TRUE
+    NEEDS_MIDI_INPUT TRUE
+    NEEDS_MIDI_OUTPUT TRUE
+    COPY_PLUGIN_AFTER_BUILD FALSE)
+
+target_sources (Pulsewright PRIVATE
+    source/processor/DrumSynth.cpp
+    source/processor/DrumSynth.h
+    source/processor/DrumVoice.cpp
+    source/processor/DrumVoice.h
+    source/processor/Parameters.cpp
+    source/processor/Parameters.h
+    source/processor/PulsewrightAudioProcessor.cpp
+    source/processor/PulsewrightAudioProcessor.h
+    source/processor/PulsewrightState.cpp
+    source/editor/CreateEditor.cpp)
+
+# Warnings are for our files alone: the same target also compiles JUCE's modules.
+get_target_property (pulsewright_sources Pulsewright SOURCES)
+list (FILTER pulsewright_sources INCLUDE REGEX "^(source/|${CMAKE_CURRENT_SOURCE_DIR}/source/).*\\.cpp$")
+set_source_files_properties (${pulsewright_sources} PROPERTIES
+    COMPILE_OPTIONS "$<TARGET_PROPERTY:pulsewright_warnings,INTERFACE_COMPILE_OPTIONS>")
+
+target_compile_definitions (Pulsewright PUBLIC
+    JUCE_DISPLAY_SPLASH_SCREEN=0
+    JUCE_JACK=0
+    JUCE_MODAL_LOOPS_PERMITTED=0
+    JUCE_PLUGINHOST_VST3=1 # for the offline host and the tests
+    JUCE_REPORT_APP_USAGE=0
+    JUCE_STRICT_REFCOUNTEDPOINTER=1
+    JUCE_USE_CURL=0
+    JUCE_USE_FLAC=0
+    JUCE_USE_OGGVORBIS=0
+    JUCE_VST3_CAN_REPLACE_VST2=0
+    JUCE_WEB_BROWSER=0)
+
+target_link_libraries (Pulsewright
+    PRIVATE
+        juce::juce_audio_utils
+        juce::juce_recommended_config_flags
+    PUBLIC
+        pulsewright_export
+        pulsewright_playback)
+
+# For tools and tests: the library, with the headers and the definitions that it was built with. The
+# modules are not compiled again. (The wrappers bring definitions of their own and link it as it is.)
+add_library (pulsewright_plugin INTERFACE)
+target_link_libraries (pulsewright_plugin INTERFACE Pulsewright)
+target_include_directories (pulsewright_plugin SYSTEM INTERFACE
+    $<TARGET_PROPERTY:Pulsewright,INCLUDE_DIRECTORIES>)
+target_compile_definitions (pulsewright_plugin INTERFACE
+    $<TARGET_PROPERTY:Pulsewright,COMPILE_DEFINITIONS>)
+
+set (PULSEWRIGHT_BUNDLE "$<TARGET_FILE_DIR:Pulsewright_VST3>/../..")

@@ -1,0 +1,219 @@
+// SPDX-FileCopyrightText: 2026 Tolm
+// SPDX-License-Identifier: AGPL-3.0-only
+
+#include "MidiFileWriter.h"
+
+#include <algorithm>
+#include <array>
+#include <fstream>
+#include <limits>
+#include <span>
+#include <tuple>
+
+namespace pulsewright
+{
+
+namespace
+{
+    using Bytes = std::vector<std::uint8_t>;
+
+    constexpr std::uint32_t ticksPerQuarter       = 960;
+    constexpr std::uint32_t ticksPerBar           = ticksPerQuarter * beatsPerBar;
+    constexpr std::uint32_t microsecondsPerMinute = 60'000'000;
+    constexpr std::string_view conductorName      = "Pulsewright Conductor";
+
+    constexpr std::uint8_t noteOnChannel10  = 0x99;
+    constexpr std::uint8_t noteOffChannel10 = 0x89;
+
+    // clang-format off
+    constexpr std::array<std::uint8_t, 6> header        { 0x00, 0x01, 0x00, 0x02, 0x03, 0xC0 };             // format 1, two tracks, 960 ticks
+    constexpr std::array<std::uint8_t, 2> nameEvent     { 0xFF, 0x03 };
+    constexpr std::array<std::uint8_t, 3> tempoEvent    { 0xFF, 0x51, 0x03 };
+    constexpr std::array<std::uint8_t, 7> fourFourEvent { 0xFF, 0x58, 0x04, 0x04, 0x02, 0x18, 0x08 };       // 24 clocks a click, 8 32nds a quarter
+    constexpr std::array<std::uint8_t, 3> endOfTrack    { 0xFF, 0x2F, 0x00 };
+    // clang-format on
+
+    //==============================================================================
+    void append (Bytes& bytes, std::span<const std::uint8_t> more)
+    {
+        bytes.insert (bytes.end(), more.begin(), more.end());
+    }
+    void append (Bytes& bytes, std::string_view text)
+    {
+        bytes.insert (bytes.end(), text.begin(), text.end());
+    }
+
+    void writeBigEndian (Bytes& bytes, std::uint32_t value, int byteCount)
+    {
+        for (int shift = 8 * (byteCount - 1); shift >= 0; shift -= 8)
+            bytes.push_back (static_cast<std::uint8_t> ((value >> shift) & 0xFFu));
+    }
+
+    /** Seven bits a byte, most significant first; all bytes but the last have bit 7 set. */
+    void writeVariableLength (Bytes& bytes, std::uint32_t value)
+    {
+        for (int shift = 28; shift > 0; shift -= 7)
+            if ((value >> shift) != 0)
+                bytes.push_back (static_cast<std::uint8_t> (((value >> shift) & 0x7Fu) | 0x80u));
+
+        bytes.push_back (static_cast<std::uint8_t> (value & 0x7Fu));
+    }
+
+    void writeChunk (Bytes& bytes, std::string_view id, std::span<const std::uint8_t> data)
+    {
+        append (bytes, id);
+        writeBigEndian (bytes, static_cast<std::uint32_t> (data.size()), 4);
+        append (bytes, data);
+    }
+
+    void writeNameEvent (Bytes& track, std::string_view name)
+    {
+        writeVariableLength (track, 0);
+        append (track, nameEvent);
+        writeVariableLength (track, static_cast<std::uint32_t> (name.size()));
+        append (track, name);
+    }
+
+    //==============================================================================
+    struct ChannelEvent
+    {
+        std::uint32_t tick;
+        std::uint8_t status, data1, data2;
+        std::uint8_t isNoteOff;
+    };
+
+    bool isWrittenBefore (const ChannelEvent& a, const ChannelEvent& b) noexcept
+    {
+        // A note that ends where its next stroke begins is released first.
+        return std::make_tuple (a.tick, ! a.isNoteOff) < std::make_tuple (b.tick, ! b.isNoteOff);
+    }
+
+    std::uint32_t tickOf (double beats) noexcept
+    {
+        constexpr double lastTick = std::numeric_limits<std::uint32_t>::max() - 1.0; // leaves room for a note's one tick
+
+        return static_cast<std::uint32_t> (std::min (lastTick, std::max (0.0, beats) * ticksPerQuarter + 0.5));
+    }
+
+    std::vector<ChannelEvent> channelEventsOf (const std::vector<DrumHit>& hits)
+    {
+        std::vector<ChannelEvent> events;
+        events.reserve (hits.size() * 2);
+
+        for (const auto& hit : hits)
+        {
+            const auto startTick = tickOf (hit.start);
+            const auto endTick   = std::max (tickOf (hit.start + hit.length), startTick + 1);
+            const auto note      = static_cast<std::uint8_t> (hit.note & 0xFFu);
+            const auto velocity  = static_cast<std::uint8_t> (hit.velocity & 0xFFu);
+
+            events.push_back ({ startTick, noteOnChannel10, note, velocity, 0 });
+            events.push_back ({ endTick, noteOffChannel10, note, 0, 1 });
+        }
+
+        // Stable, so that a file's bytes do not depend on the standard library.
+        std::stable_sort (events.begin(), events.end(), isWrittenBefore);
+        return events;
+    }
+
+    //==============================================================================
+    Bytes conductorTrack (std::uint32_t endTick, std::int32_t tempoBpm)
+    {
+        const auto tempo = static_cast<std::uint32_t> (std::clamp (tempoBpm, 30, 300));
+
+        Bytes track;
+        writeNameEvent (track, conductorName);
+        writeVariableLength (track, 0);
+        append (track, tempoEvent);
+        writeBigEndian (track, microsecondsPerMinute / tempo, 3);
+        writeVariableLength (track, 0);
+        append (track, fourFourEvent);
+        writeVariableLength (track, endTick);
+        append (track, endOfTrack);
+        return track;
+    }
+
+    Bytes drumTrack (const std::vector<DrumHit>& hits, std::uint32_t endTick, std::string_view trackName)
+    {
+        constexpr std::size_t usualEventSize = 5; // two bytes of delta time, three of message
+
+        Bytes track;
+        track.reserve (hits.size() * 2 * usualEventSize + trackName.size() + 16);
+        writeNameEvent (track, trackName);
+
+        std::uint32_t lastTick = 0;
+
+        for (const auto& event : channelEventsOf (hits))
+        {
+            writeVariableLength (track, event.tick - lastTick);
+            append (track, std::array { event.status, event.data1, event.data2 });
+            lastTick = event.tick;
+        }
+
+        writeVariableLength (track, endTick > lastTick ? endTick - lastTick : 0);
+        append (track, endOfTrack);
+        return track;
+    }
+
+    //==============================================================================
+    bool saveBytes (const std::string& path, const Bytes& bytes, std::string* errorText)
+    {
+        const auto fail = [errorText] (const char* message)
+        {
+            if (errorText != nullptr)
+                *errorText = message;
+
+            return false;
+        };
+
+        std::ofstream file (path, std::ios::binary | std::ios::trunc);
+
+        if (! file.is_open())
+            return fail (MidiFileWriter::cannotOpenMessage);
+
+        file.write (reinterpret_cast<const char*> (bytes.data()), static_cast<std::streamsize> (bytes.size()));
+        file.close(); // a full disk shows only once the buffer has reached it
+
+        return file.good() || fail (MidiFileWriter::cannotCompleteMessage);
+    }
+} // namespace
+
+//==============================================================================
+std::vector<std::uint8_t> MidiFileWriter::buildMidiFileBytes (const std::vector<DrumHit>& hits,
+                                                              std::int32_t bars,
+                                                              std::int32_t tempoBpm,
+                                                              std::string_view trackName)
+{
+    const auto endTick   = static_cast<std::uint32_t> (std::max (bars, 1)) * ticksPerBar;
+    const auto conductor = conductorTrack (endTick, tempoBpm);
+    const auto drums     = drumTrack (hits, endTick, trackName);
+
+    Bytes file;
+    file.reserve (conductor.size() + drums.size() + 32);
+    writeChunk (file, "MThd", header);
+    writeChunk (file, "MTrk", conductor);
+    writeChunk (file, "MTrk", drums);
+    return file;
+}
+
+std::vector<std::uint8_t> MidiFileWriter::bytesOf (const DrumPattern& pattern, std::int32_t tempoBpm)
+{
+    return buildMidiFileBytes (pattern.hits, pattern.bars, tempoBpm, pattern.name);
+}
+
+std::vector<std::uint8_t> MidiFileWriter::bytesOf (const SongArrangement& song, std::int32_t tempoBpm)
+{
+    return buildMidiFileBytes (flatten (song), static_cast<std::int32_t> (song.totalBars), tempoBpm, song.name);
+}
+
+bool MidiFileWriter::savePatternToMidiFile (const std::string& path, const DrumPattern& pattern, std::int32_t tempoBpm, std::string* errorText)
+{
+    return saveBytes (path, bytesOf (pattern, tempoBpm), errorText);
+}
+
+bool MidiFileWriter::saveSongToMidiFile (const std::string& path, const SongArrangement& song, std::int32_t tempoBpm, std::string* errorText)
+{
+    return saveBytes (path, bytesOf (song, tempoBpm), errorText);
+}
+
+} // namespace pulsewright

@@ -1,0 +1,138 @@
+// SPDX-FileCopyrightText: 2026 Tolm
+// SPDX-License-Identifier: AGPL-3.0-only
+
+// Finds the notes of one audio block: which hits start or end in it, and at which sample.
+
+#pragma once
+
+#include "PlaybackData.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+
+namespace pulsewright
+{
+
+//==============================================================================
+/** A stretch of musical time that one block of samples covers. */
+struct BlockWindow
+{
+    double start          = 0.0; ///< beats at the first sample
+    double from           = 0.0; ///< the first beat that is played in this block; nearly always the start
+    double end            = 0.0; ///< the first beat that is not
+    double beatsPerSample = 0.0;
+    int numSamples        = 0;
+
+    /** The sample at which a time inside the window is played. */
+    int offsetOf (double beat) const noexcept
+    {
+        // The division, not a multiplication by the reciprocal: that would move notes by a sample now and then.
+        const double offset = (beat - start) / beatsPerSample;
+        return static_cast<int> (std::clamp (offset, 0.0, static_cast<double> (std::max (0, numSamples - 1))));
+    }
+};
+
+/** The window of a block that begins at a beat, or an empty one when the position or the tempo is
+    nothing that can be played: not a number, infinite, too far away, or a tempo of 0 or below.
+*/
+BlockWindow windowAt (double startBeat, double tempoBpm, double sampleRate, int numSamples) noexcept;
+
+//==============================================================================
+/** Joins the blocks of a host whose positions are rounded.
+
+    Many hosts give each block's position with a rounding of their own, so that it does not quite
+    equal the end of the block before. A small difference is taken up by playing from where the last
+    block ended; a large one is a jump, and the block is played as it stands.
+
+    Thread: audio only. Wait-free, allocates nothing.
+*/
+class TransportContinuity
+{
+public:
+    static constexpr double largestRounding = 1.0 / 960.0; ///< in beats
+
+    /** Call for every rolling block, in order, with its window as it stands. */
+    BlockWindow join (BlockWindow window) noexcept;
+
+    /** Call whenever the transport does not roll. */
+    void breakOff() noexcept { isRolling = false; }
+
+private:
+    bool isRolling     = false;
+    double playedUntil = 0.0;
+};
+
+//==============================================================================
+/** A note-on or note-off on MIDI channel 10. */
+struct NoteEvent
+{
+    static constexpr std::uint8_t noteOn  = 0x99;
+    static constexpr std::uint8_t noteOff = 0x89;
+
+    int sampleOffset;
+    std::uint8_t status, note, velocity;
+
+    bool operator== (const NoteEvent&) const = default;
+};
+
+enum class Repeat
+{
+    once,  ///< a song
+    looped ///< a pattern
+};
+
+/** Gives the events of a block to a sink, repetition by repetition, hit by hit, a note-on before its
+    own note-off. Events of one sample are meant to be played in this order.
+
+    The hits are searched, not scanned: the cost grows with the events in the block.
+
+    Thread: audio. Wait-free; allocates nothing itself.
+    @param sink  called with a NoteEvent
+*/
+template <typename Sink>
+void findEvents (const PlaybackData& music, Repeat repeat, const BlockWindow& window, Sink&& sink)
+{
+    const auto isInBlock = [&window] (double beat) { return beat >= window.from && beat < window.end; };
+
+    const auto playRepetition = [&] (double firstBeat)
+    {
+        // Wide enough that no rounding can hide a hit; isInBlock() decides.
+        const double slack = 8.0 * std::numeric_limits<double>::epsilon() * (std::abs (window.end) + std::abs (firstBeat) + 1.0);
+        const double first = window.from - firstBeat - music.longestHit - slack;
+        const double last  = window.end - firstBeat + slack;
+
+        const auto startsBefore = [] (const DrumHit& hit, double beat) { return hit.start < beat; };
+
+        for (auto hit = std::lower_bound (music.hits.begin(), music.hits.end(), first, startsBefore); hit != music.hits.end() && hit->start < last;
+             ++hit)
+        {
+            const double onBeat  = firstBeat + hit->start;
+            const double offBeat = onBeat + hit->length;
+            const auto note      = static_cast<std::uint8_t> (hit->note & 0x7Fu);
+
+            if (isInBlock (onBeat))
+                sink (NoteEvent { window.offsetOf (onBeat), NoteEvent::noteOn, note, static_cast<std::uint8_t> (std::min (hit->velocity, 127u)) });
+
+            if (isInBlock (offBeat))
+                sink (NoteEvent { window.offsetOf (offBeat), NoteEvent::noteOff, note, 0 });
+        }
+    };
+
+    if (! (window.from < window.end) || music.hits.empty() || ! (music.lengthInBeats > 0.0))
+        return;
+
+    if (repeat == Repeat::once)
+        return playRepetition (0.0);
+
+    // One repetition more on each side: a note may begin before the loop's start and end after it.
+    const double length        = music.lengthInBeats;
+    const auto firstRepetition = static_cast<std::int64_t> (std::floor (window.from / length)) - 1;
+    const auto lastRepetition  = static_cast<std::int64_t> (std::floor (window.end / length)) + 1;
+
+    for (auto repetition = firstRepetition; repetition <= lastRepetition; ++repetition)
+        playRepetition (static_cast<double> (repetition) * length);
+}
+
+} // namespace pulsewright

@@ -1,0 +1,466 @@
+// SPDX-FileCopyrightText: 2026 Tolm
+// SPDX-License-Identifier: AGPL-3.0-only
+
+#include "PulsewrightAudioProcessor.h"
+
+#include "generation/GenreProfile.h"
+#include "generation/SongBuilder.h"
+
+#include <cmath>
+
+namespace pulsewright
+{
+
+namespace
+{
+    // Notes C4 to G4, on any channel, choose the section that the pattern loop plays.
+    constexpr int firstTriggerNote = 60;
+    constexpr int numTriggerNotes  = static_cast<int> (PlaybackSnapshot::numSectionSlots);
+
+    // Room for the events of a dense block, so that no block allocates.
+    constexpr std::size_t reservedMidiBytes = 1 << 16;
+
+    /** The section slot that a message chooses, or -1. */
+    int triggerOf (const juce::MidiMessageMetadata& message) noexcept
+    {
+        const bool isNoteOn = message.numBytes >= 3 && (message.data[0] & 0xF0) == 0x90 && message.data[2] > 0;
+        const int slot      = isNoteOn ? message.data[1] - firstTriggerNote : -1;
+
+        return juce::isPositiveAndBelow (slot, numTriggerNotes) ? slot : -1;
+    }
+} // namespace
+
+//==============================================================================
+PulsewrightAudioProcessor::PulsewrightAudioProcessor()
+    : AudioProcessor (BusesProperties().withOutput ("Output", juce::AudioChannelSet::stereo(), true)),
+      parameters (*this, nullptr, stateType, createParameterLayout()),
+      values (parameters)
+{
+    outgoing.ensureSize (reservedMidiBytes);
+
+    refreshSettings();
+    pattern = GrooveGenerator::generate (settings, SectionType::verse, openingBars, 0);
+    buildSongFromSettings();
+    publishPlaybackData();
+}
+
+//==============================================================================
+std::uint32_t PulsewrightAudioProcessor::saltOf (std::uint32_t counter) noexcept
+{
+    // Not the multiplier that mixes the seeds: takes and sections shall not fall on one another.
+    const std::uint32_t salt = GenerationSettings::defaultSalt - counter * 0x61C8864Fu;
+    return salt != 0 ? salt : 1;
+}
+
+void PulsewrightAudioProcessor::refreshSettings()
+{
+    settings.genre = values.genre();
+    settings.setValues (values.settingsValues());
+}
+
+void PulsewrightAudioProcessor::takeNextSalt()
+{
+    settings.seed = saltOf (seedCounter.fetch_add (1));
+}
+
+void PulsewrightAudioProcessor::buildSongFromSettings()
+{
+    song = SongBuilder::buildSong (settings, getSongBarCount (getEffectiveBpm()), values.songStructure());
+}
+
+template <typename Change>
+void PulsewrightAudioProcessor::changeMaterial (Change&& change)
+{
+    {
+        const juce::ScopedLock lock (dataLock);
+        change();
+        ++changeCounter;
+    }
+
+    tellHostStateChanged();
+}
+
+void PulsewrightAudioProcessor::tellHostStateChanged()
+{
+    // What is saved has changed without a parameter moving; without a word the take is lost on close.
+    updateHostDisplay (ChangeDetails().withNonParameterStateChanged (true));
+}
+
+void PulsewrightAudioProcessor::generatePattern (SectionType kind)
+{
+    changeMaterial (
+        [&]
+        {
+            refreshSettings();
+            takeNextSalt();
+            pattern        = GrooveGenerator::generate (settings, kind, values.patternBars(), 0);
+            pendingSection = noSection;
+            publishPattern();
+        });
+}
+
+void PulsewrightAudioProcessor::mutatePattern()
+{
+    changeMaterial (
+        [&]
+        {
+            // The nudges call the host under the lock: nobody may change the material between them
+            // and the mutation. The lock is recursive, so a host may call back.
+            const auto counter = ++seedCounter;
+            nudgeMacros (counter);
+            refreshSettings();
+
+            LaneLocks locks {};
+            for (std::size_t lane = 0; lane < locks.size(); ++lane)
+                locks[lane] = laneLocks[lane].load();
+
+            pattern        = GrooveGenerator::mutate (settings, pattern, locks, counter);
+            pendingSection = noSection;
+            publishPattern();
+        });
+}
+
+void PulsewrightAudioProcessor::nudgeMacros (std::uint32_t seed)
+{
+    juce::Random random (static_cast<juce::int64> (seed));
+
+    for (std::size_t i = 0; i < numMacros; ++i)
+    {
+        auto* parameter = parameters.getParameter (settingsParameterIDs[i]);
+
+        if (parameter == nullptr)
+            continue;
+
+        const float current = parameter->convertFrom0to1 (juce::jlimit (0.0f, 1.0f, parameter->getValue()));
+        const float amount  = random.nextFloat() * 0.15f + 0.05f;
+        const float step    = random.nextBool() ? amount : -amount;
+
+        // A step over the edge is taken the other way: clipping would pile the values up at the ends.
+        const float candidate = current + step;
+        const bool overshoots = candidate < 0.0f || candidate > 1.0f;
+        const float nudged    = juce::jlimit (0.0f, 1.0f, overshoots ? current - step : candidate);
+
+        parameter->beginChangeGesture();
+        parameter->setValueNotifyingHost (parameter->convertTo0to1 (nudged));
+        parameter->endChangeGesture();
+    }
+}
+
+void PulsewrightAudioProcessor::regeneratePattern()
+{
+    changeMaterial (
+        [&]
+        {
+            refreshSettings();
+            pattern = GrooveGenerator::generate (settings, pattern.sectionType, pattern.bars, 0);
+            buildSongFromSettings();
+            publishPlaybackData();
+        });
+}
+
+void PulsewrightAudioProcessor::buildSong()
+{
+    changeMaterial (
+        [&]
+        {
+            refreshSettings();
+            takeNextSalt();
+            buildSongFromSettings();
+
+            if (! song.sections.empty())
+                pattern = song.sections.front().pattern;
+
+            pendingSection = noSection;
+            publishPlaybackData();
+        });
+}
+
+void PulsewrightAudioProcessor::selectSection (int index)
+{
+    {
+        const juce::ScopedLock lock (dataLock);
+
+        if (! juce::isPositiveAndBelow (index, static_cast<int> (song.sections.size())))
+            return;
+
+        pattern        = song.sections[static_cast<std::size_t> (index)].pattern;
+        pendingSection = noSection;
+        publishPattern();
+        ++changeCounter;
+    }
+
+    tellHostStateChanged();
+}
+
+void PulsewrightAudioProcessor::setMaterial (DrumPattern newPattern, SongArrangement newSong)
+{
+    changeMaterial (
+        [&]
+        {
+            pattern        = std::move (newPattern);
+            song           = std::move (newSong);
+            pendingSection = noSection;
+            publishPlaybackData();
+        });
+}
+
+void PulsewrightAudioProcessor::publishPattern()
+{
+    published.pattern = makePlaybackData (pattern.hits, pattern.lengthInBeats());
+    snapshots.publish (std::make_unique<const PlaybackSnapshot> (published));
+}
+
+void PulsewrightAudioProcessor::publishPlaybackData()
+{
+    published.song = makePlaybackData (flatten (song), song.lengthInBeats());
+
+    for (std::size_t slot = 0; slot < published.sections.size(); ++slot)
+    {
+        published.sections[slot] = nullptr;
+
+        if (slot < song.sections.size())
+        {
+            const auto& section      = song.sections[slot].pattern;
+            published.sections[slot] = makePlaybackData (section.hits, section.lengthInBeats());
+        }
+    }
+
+    publishPattern();
+}
+
+DrumPattern PulsewrightAudioProcessor::getPattern() const
+{
+    const juce::ScopedLock lock (dataLock);
+    return pattern;
+}
+
+SongArrangement PulsewrightAudioProcessor::getSong() const
+{
+    const juce::ScopedLock lock (dataLock);
+    return song;
+}
+
+//==============================================================================
+bool PulsewrightAudioProcessor::isLaneLocked (int lane) const noexcept
+{
+    return juce::isPositiveAndBelow (lane, static_cast<int> (laneCount)) && laneLocks[static_cast<std::size_t> (lane)].load();
+}
+
+void PulsewrightAudioProcessor::setLaneLocked (int lane, bool shouldBeLocked)
+{
+    if (! juce::isPositiveAndBelow (lane, static_cast<int> (laneCount)))
+        return;
+
+    if (laneLocks[static_cast<std::size_t> (lane)].exchange (shouldBeLocked) != shouldBeLocked)
+        tellHostStateChanged();
+}
+
+bool PulsewrightAudioProcessor::startPreview() noexcept
+{
+    const bool fullSong = values.playsFullSong();
+    preview.start (fullSong);
+    return fullSong;
+}
+
+int PulsewrightAudioProcessor::getEffectiveBpm() const noexcept
+{
+    const double tempo = lastHostTempo.load();
+
+    if (tempo >= 30.0 && tempo <= 300.0)
+        return static_cast<int> (std::round (tempo));
+
+    return profileOf (values.genre()).tempoBpm;
+}
+
+int PulsewrightAudioProcessor::getSongBarCount (int bpm) const noexcept
+{
+    return SongBuilder::songBars (SongBuilder::durationSeconds (values.genre(), values.songDuration()), bpm);
+}
+
+std::optional<juce::String> PulsewrightAudioProcessor::getNameForMidiNoteNumber (int midiNote, int)
+{
+    if (juce::isPositiveAndBelow (midiNote - firstTriggerNote, numTriggerNotes))
+        return "Section " + juce::String (midiNote - firstTriggerNote + 1);
+
+    switch (static_cast<std::uint32_t> (midiNote))
+    {
+        case note::kick: return "Kick";
+        case note::sideStick: return "Side Stick";
+        case note::snare: return "Snare";
+        case note::secondSnare: return "Second Snare";
+        case note::closedHat: return "Closed Hat";
+        case note::lowTom: return "Low Tom";
+        case note::openHat: return "Open Hat";
+        case note::midTom: return "Mid Tom";
+        case note::highTom: return "High Tom";
+        default: return {};
+    }
+}
+
+//==============================================================================
+bool PulsewrightAudioProcessor::isBusesLayoutSupported (const BusesLayout& layout) const
+{
+    const auto output = layout.getMainOutputChannelSet();
+
+    return layout.inputBuses.isEmpty() && layout.outputBuses.size() == 1
+        && (output == juce::AudioChannelSet::mono() || output == juce::AudioChannelSet::stereo());
+}
+
+void PulsewrightAudioProcessor::prepareToPlay (double newSampleRate, int)
+{
+    sampleRate = newSampleRate;
+    preview.rewind();
+    continuity.breakOff();
+    outgoing.ensureSize (reservedMidiBytes);
+    synth.prepare (newSampleRate);
+}
+
+void PulsewrightAudioProcessor::processBlock (juce::AudioBuffer<float>& buffer, juce::MidiBuffer& midi)
+{
+    render (buffer, midi);
+}
+
+void PulsewrightAudioProcessor::processBlock (juce::AudioBuffer<double>& buffer, juce::MidiBuffer& midi)
+{
+    render (buffer, midi);
+}
+
+template <typename Sample>
+void PulsewrightAudioProcessor::render (juce::AudioBuffer<Sample>& buffer, juce::MidiBuffer& midi)
+{
+    const juce::ScopedNoDenormals noDenormals;
+    buffer.clear();
+
+    filterIncoming (midi);
+
+    {
+        const auto reading = snapshots.read();
+
+        if (const auto* snapshot = reading.get())
+            addEvents (*snapshot, buffer.getNumSamples());
+    }
+
+    midi.swapWith (outgoing);
+    synth.render (buffer, midi, values.soundKit());
+}
+
+void PulsewrightAudioProcessor::filterIncoming (const juce::MidiBuffer& incoming)
+{
+    int trigger = noSection;
+    outgoing.clear();
+
+    for (const auto message : incoming)
+    {
+        if (const int slot = triggerOf (message); slot >= 0)
+            trigger = slot;
+        else
+            outgoing.addEvent (message.data, message.numBytes, message.samplePosition);
+    }
+
+    if (trigger != noSection)
+        pendingSection = trigger;
+}
+
+void PulsewrightAudioProcessor::addEvents (const PlaybackSnapshot& snapshot, int numSamples)
+{
+    const auto block = preview.beginBlock();
+
+    if (block.isPlaying())
+    {
+        continuity.breakOff();
+        addPreviewEvents (snapshot, block, numSamples);
+    }
+    else
+    {
+        addHostEvents (snapshot, numSamples);
+    }
+}
+
+namespace
+{
+    bool isPlayable (const PlaybackData* source) noexcept
+    {
+        return source != nullptr && ! source->hits.empty() && source->lengthInBeats > 0.0;
+    }
+
+    void addNotes (juce::MidiBuffer& midi, const PlaybackData& source, bool fullSong, const BlockWindow& window)
+    {
+        findEvents (source,
+                    fullSong ? Repeat::once : Repeat::looped,
+                    window,
+                    [&midi] (const NoteEvent& event)
+                    {
+                        const std::uint8_t bytes[] { event.status, event.note, event.velocity };
+                        midi.addEvent (bytes, sizeof (bytes), event.sampleOffset);
+                    });
+    }
+} // namespace
+
+const PlaybackData* PulsewrightAudioProcessor::sourceOf (const PlaybackSnapshot& snapshot, bool fullSong) const noexcept
+{
+    if (fullSong)
+        return snapshot.song.get();
+
+    // A slot chosen by a trigger is played even where the song has no such section: then it is silent.
+    const int slot = pendingSection.load();
+
+    if (juce::isPositiveAndBelow (slot, numTriggerNotes))
+        return snapshot.sections[static_cast<std::size_t> (slot)].get();
+
+    return snapshot.pattern.get();
+}
+
+void PulsewrightAudioProcessor::addPreviewEvents (const PlaybackSnapshot& snapshot, PreviewTransport::Block block, int numSamples)
+{
+    const bool fullSong = block.isFullSong();
+    const auto* source  = sourceOf (snapshot, fullSong);
+    const auto window   = windowAt (block.position, getEffectiveBpm(), sampleRate, numSamples);
+
+    if (! isPlayable (source) || window.numSamples == 0)
+        return;
+
+    addNotes (outgoing, *source, fullSong, window);
+
+    if (! fullSong)
+        preview.moveTo (std::fmod (window.end, source->lengthInBeats));
+    else if (window.end >= source->lengthInBeats)
+        preview.finish (block);
+    else
+        preview.moveTo (window.end);
+}
+
+void PulsewrightAudioProcessor::addHostEvents (const PlaybackSnapshot& snapshot, int numSamples)
+{
+    auto* hostPlayHead  = getPlayHead();
+    const auto position = hostPlayHead != nullptr ? hostPlayHead->getPosition() : juce::Optional<juce::AudioPlayHead::PositionInfo> {};
+    const auto ppq      = position.hasValue() && position->getIsPlaying() ? position->getPpqPosition() : juce::Optional<double> {};
+
+    if (! ppq.hasValue())
+        return continuity.breakOff();
+
+    const auto hostTempo = position->getBpm();
+    const double tempo   = hostTempo.hasValue() ? *hostTempo : static_cast<double> (getEffectiveBpm());
+    lastHostTempo        = tempo;
+
+    if (numSamples == 0)
+        return;
+
+    const auto window = windowAt (*ppq, tempo, sampleRate, numSamples);
+
+    if (window.numSamples == 0)
+        return continuity.breakOff();
+
+    const auto joined   = continuity.join (window);
+    const bool fullSong = values.playsFullSong();
+
+    if (const auto* source = sourceOf (snapshot, fullSong); isPlayable (source))
+        addNotes (outgoing, *source, fullSong, joined);
+}
+
+} // namespace pulsewright
+
+//==============================================================================
+juce::AudioProcessor* JUCE_CALLTYPE createPluginFilter()
+{
+    return new pulsewright::PulsewrightAudioProcessor();
+}

@@ -1,0 +1,178 @@
+// SPDX-FileCopyrightText: 2026 Tolm
+// SPDX-License-Identifier: AGPL-3.0-only
+
+// The plug-in object: generates on the message thread, plays on the audio thread.
+
+#pragma once
+
+#include "DrumSynth.h"
+#include "Parameters.h"
+#include "PlaybackData.h"
+#include "PlaybackEngine.h"
+#include "PreviewTransport.h"
+#include "SnapshotExchange.h"
+
+#include "generation/GrooveGenerator.h"
+#include "generation/SongArrangement.h"
+
+#include <juce_audio_processors/juce_audio_processors.h>
+
+#include <atomic>
+
+namespace pulsewright
+{
+
+/** The instrument as a host sees it.
+
+    Two sides meet here. The operations below the first rule make new material under one lock and
+    publish it; processBlock() plays what was published last and never waits for anything.
+    A host may call the operations, the parameters and the state from any thread.
+*/
+class PulsewrightAudioProcessor final : public juce::AudioProcessor
+{
+public:
+    using PlaybackData = pulsewright::PlaybackData;
+
+    PulsewrightAudioProcessor();
+
+    static juce::AudioProcessorValueTreeState::ParameterLayout createParameterLayout() { return createLayout(); }
+
+    //==============================================================================
+    // Making material. Thread: message, or any other but the audio thread. Blocks: on the data lock.
+
+    /** A new pattern of the chosen length, from the next take of the seed counter. */
+    void generatePattern (SectionType kind);
+
+    /** Nudges the style macros and plays the current pattern anew, but for its locked lanes. */
+    void mutatePattern();
+
+    /** The same take again under the present settings: pattern and song. */
+    void regeneratePattern();
+
+    /** A new song, from the next take of the seed counter; its first section becomes the current pattern. */
+    void buildSong();
+
+    /** Copies a section of the song into the current pattern; ignored when there is no such section. */
+    void selectSection (int index);
+
+    /** Makes finished material current and plays it, as it stands. For tools; settings and counter stay. */
+    void setMaterial (DrumPattern newPattern, SongArrangement newSong);
+
+    DrumPattern getPattern() const;
+    SongArrangement getSong() const;
+
+    //==============================================================================
+    // Thread: any. Blocks: never.
+
+    bool isLaneLocked (int lane) const noexcept;
+    void setLaneLocked (int lane, bool shouldBeLocked);
+
+    /** Starts the preview clock from the first beat. @returns whether it plays the full song */
+    bool startPreview() noexcept;
+    void stopPreview() noexcept { preview.stop(); }
+    bool isPreviewPlaying() const noexcept { return preview.isPlaying(); }
+
+    /** The host's last tempo, rounded, when it lies in 30 to 300; otherwise the genre's. */
+    int getEffectiveBpm() const noexcept;
+
+    /** The length in bars of a song of the chosen duration and genre. */
+    int getSongBarCount (int bpm) const noexcept;
+
+    /** Counts the changes of pattern or song. Read it before copying them: then no change is missed. */
+    std::uint32_t getChangeCounter() const noexcept { return changeCounter.load(); }
+
+    /** The number of the take that the next new pattern or song will be. */
+    std::uint32_t getSeedCounter() const noexcept { return seedCounter.load(); }
+
+    /** The salt of a take: what the seed counter means to the generator. Never 0. */
+    static std::uint32_t saltOf (std::uint32_t seedCounter) noexcept;
+
+    //==============================================================================
+    void prepareToPlay (double newSampleRate, int blockSize) override;
+    void releaseResources() override {}
+    bool isBusesLayoutSupported (const BusesLayout& layout) const override;
+
+    void processBlock (juce::AudioBuffer<float>& buffer, juce::MidiBuffer& midi) override;
+    void processBlock (juce::AudioBuffer<double>& buffer, juce::MidiBuffer& midi) override;
+    bool supportsDoublePrecisionProcessing() const override { return true; }
+
+    void getStateInformation (juce::MemoryBlock& destination) override;
+    void setStateInformation (const void* data, int size) override;
+
+    /** Defined with the window. */
+    juce::AudioProcessorEditor* createEditor() override;
+    bool hasEditor() const override { return true; }
+
+    const juce::String getName() const override { return "Pulsewright"; }
+    bool acceptsMidi() const override { return true; }
+    bool producesMidi() const override { return true; }
+    bool isMidiEffect() const override { return false; }
+    bool supportsMPE() const override { return false; }
+    double getTailLengthSeconds() const override { return 1.0; }
+    std::optional<juce::String> getNameForMidiNoteNumber (int midiNote, int midiChannel) override;
+
+    int getNumPrograms() override { return 1; }
+    int getCurrentProgram() override { return 0; }
+    void setCurrentProgram (int) override {}
+    const juce::String getProgramName (int) override { return {}; }
+    void changeProgramName (int, const juce::String&) override {}
+
+    //==============================================================================
+    juce::AudioProcessorValueTreeState parameters;
+
+private:
+    static constexpr const char* stateType    = "PulsewrightState";
+    static constexpr int noSection            = -1;
+    static constexpr std::int32_t openingBars = 2; ///< of the verse that a new or restored instance opens with
+
+    // Under the data lock.
+    void refreshSettings();
+    void takeNextSalt();
+    void nudgeMacros (std::uint32_t seed);
+    void buildSongFromSettings();
+    void publishPlaybackData();
+    void publishPattern();
+    void rebuildFromCounter();
+
+    /** Runs a change of the material under the data lock, counts it and then, without the lock, tells the host. */
+    template <typename Change>
+    void changeMaterial (Change&& change);
+
+    void tellHostStateChanged();
+
+    template <typename Sample>
+    void render (juce::AudioBuffer<Sample>& buffer, juce::MidiBuffer& midi);
+    void filterIncoming (const juce::MidiBuffer& incoming);
+    void addEvents (const PlaybackSnapshot& snapshot, int numSamples);
+    void addPreviewEvents (const PlaybackSnapshot& snapshot, PreviewTransport::Block block, int numSamples);
+    void addHostEvents (const PlaybackSnapshot& snapshot, int numSamples);
+    const PlaybackData* sourceOf (const PlaybackSnapshot& snapshot, bool fullSong) const noexcept;
+
+    const ParameterReader values; // any thread
+
+    // under dataLock
+    juce::CriticalSection dataLock;
+    GenerationSettings settings;
+    DrumPattern pattern;
+    SongArrangement song;
+    PlaybackSnapshot published; // the publisher's copy of what is current
+
+    // both, atomic
+    SnapshotExchange<PlaybackSnapshot> snapshots;
+    std::array<std::atomic<bool>, laneCount> laneLocks {};
+    std::atomic<std::uint32_t> seedCounter { 1 };
+    std::atomic<std::uint32_t> changeCounter { 0 };
+    std::atomic<int> pendingSection { noSection }; // a section slot chosen by a trigger note
+    std::atomic<double> lastHostTempo { 0.0 };     // BPM; 0 until one is seen
+    PreviewTransport preview;
+
+    // audio thread only
+    double sampleRate = 44100.0;
+    TransportContinuity continuity;
+    juce::MidiBuffer outgoing;
+    DrumSynth synth;
+
+    JUCE_DECLARE_NON_COPYABLE_WITH_LEAK_DETECTOR (PulsewrightAudioProcessor)
+};
+
+} // namespace pulsewright

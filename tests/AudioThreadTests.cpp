@@ -1,0 +1,135 @@
+// SPDX-FileCopyrightText: 2026 Tolm
+// SPDX-License-Identifier: AGPL-3.0-only
+
+// The audio thread waits for nobody and keeps its hands off the heap.
+
+#include "AudioThreadWatch.h"
+
+#include "processor/PulsewrightAudioProcessor.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+#include <random>
+#include <thread>
+
+namespace pulsewright
+{
+
+namespace
+{
+    struct RollingPlayHead final : juce::AudioPlayHead
+    {
+        juce::Optional<PositionInfo> getPosition() const override { return info; }
+        PositionInfo info;
+    };
+
+    AudioThreadWatch::Counts operator- (const AudioThreadWatch::Counts& a, const AudioThreadWatch::Counts& b)
+    {
+        return { a.allocations - b.allocations, a.frees - b.frees, a.locks - b.locks };
+    }
+} // namespace
+
+TEST (AudioThread, TheWatchSeesWhatIsPlanted)
+{
+    std::mutex mutex;
+    const auto before = AudioThreadWatch::counts();
+
+    {
+        const AudioThreadWatch watch;
+        auto planted = std::make_unique<std::vector<int>> (100);
+        planted.reset();
+        auto* resized = std::realloc (std::malloc (10), 1000);
+        std::free (resized);
+        const std::scoped_lock lock (mutex);
+    }
+
+    const auto seen = AudioThreadWatch::counts() - before;
+    EXPECT_GE (seen.allocations, 4);
+    EXPECT_GE (seen.frees, 3);
+    EXPECT_EQ (seen.locks, 1);
+
+    // Another thread's doings are its own.
+    const AudioThreadWatch watch;
+    const auto unwatched = AudioThreadWatch::counts();
+    EXPECT_EQ (AudioThreadWatch::counts() - unwatched, AudioThreadWatch::Counts {});
+}
+
+TEST (AudioThread, NeitherAllocatesNorFreesNorLocks)
+{
+    PulsewrightAudioProcessor processor;
+    RollingPlayHead playHead;
+    processor.setPlayHead (&playHead);
+    processor.prepareToPlay (48000.0, 512);
+
+    // Everything the message thread can do, as fast as it can.
+    std::atomic<bool> stop { false };
+    std::atomic<int> changes { 0 };
+    std::thread messages (
+        [&]
+        {
+            std::mt19937 dice (1);
+            juce::MemoryBlock saved;
+
+            while (! stop)
+            {
+                switch (dice() % 10)
+                {
+                    case 0: processor.generatePattern (SectionType::verse); break;
+                    case 1: processor.generatePattern (SectionType::fill); break;
+                    case 2: processor.mutatePattern(); break;
+                    case 3: processor.regeneratePattern(); break;
+                    case 4: processor.buildSong(); break;
+                    case 5: processor.selectSection (static_cast<int> (dice() % 9)); break;
+                    case 6: processor.setLaneLocked (static_cast<int> (dice() % 4), dice() % 2 == 0); break;
+                    case 7: dice() % 2 == 0 ? static_cast<void> (processor.startPreview()) : processor.stopPreview(); break;
+                    case 8: processor.getParameters()[static_cast<int> (dice() % 18)]->setValueNotifyingHost (static_cast<float> (dice() % 100) / 99.0f); break;
+                    case 9:
+                        processor.getStateInformation (saved);
+                        processor.setStateInformation (saved.getData(), static_cast<int> (saved.getSize()));
+                        break;
+                }
+                ++changes;
+            }
+        });
+
+    juce::AudioBuffer<float> buffer (2, 512);
+    juce::MidiBuffer midi;
+    midi.ensureSize (1 << 16); // as hosts and wrappers keep theirs
+    std::mt19937 dice (2);
+    double beat        = 0.0;
+    std::size_t events = 0;
+    const auto before  = AudioThreadWatch::counts();
+
+    for (int block = 0; block < 100000 || changes < 200; ++block)
+    {
+        const int numSamples = static_cast<int> (1 + dice() % 512);
+        juce::AudioBuffer<float> part (buffer.getArrayOfWritePointers(), 2, numSamples);
+        playHead.info.setIsPlaying (dice() % 50 != 0);
+        playHead.info.setPpqPosition (beat);
+        playHead.info.setBpm (174.0);
+        midi.clear();
+        if (dice() % 20 == 0)
+            midi.addEvent (juce::MidiMessage::noteOn (1, static_cast<int> (58 + dice() % 12), 1.0f), static_cast<int> (dice()) % numSamples);
+
+        {
+            const AudioThreadWatch watch;
+            processor.processBlock (part, midi);
+        }
+
+        events += static_cast<std::size_t> (midi.getNumEvents());
+        beat = dice() % 100 == 0 ? static_cast<double> (dice() % 300) : beat + numSamples * 174.0 / (48000.0 * 60.0);
+    }
+
+    stop = true;
+    messages.join();
+    processor.setPlayHead (nullptr);
+
+    EXPECT_EQ (AudioThreadWatch::counts() - before, AudioThreadWatch::Counts {});
+    EXPECT_GT (events, 1000u);
+    EXPECT_GE (changes, 200);
+}
+
+} // namespace pulsewright

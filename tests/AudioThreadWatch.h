@@ -1,0 +1,35 @@
+// SPDX-FileCopyrightText: 2026 Tolm
+// SPDX-License-Identifier: AGPL-3.0-only
+
+// Counts what the audio thread must never do: allocate, free and lock.
+
+#pragma once
+
+namespace pulsewright
+{
+
+/** While one lives, every malloc, free and mutex lock of its own thread is counted.
+
+    The functions themselves are replaced, for the whole test program: nothing that the code under
+    test calls can get past them, neither containers nor the C library's own users of them.
+*/
+class AudioThreadWatch
+{
+public:
+    AudioThreadWatch();
+    ~AudioThreadWatch();
+
+    AudioThreadWatch (const AudioThreadWatch&)            = delete;
+    AudioThreadWatch& operator= (const AudioThreadWatch&) = delete;
+
+    struct Counts
+    {
+        long allocations = 0, frees = 0, locks = 0;
+        bool operator== (const Counts&) const = default;
+    };
+
+    /** What this thread has done while watched, ever. */
+    static Counts counts() noexcept;
+};
+
+} // namespace pulsewright

@@ -1,0 +1,87 @@
+// SPDX-FileCopyrightText: 2026 Tolm
+// SPDX-License-Identifier: AGPL-3.0-only
+
+#include "generation/GenerationSettings.h"
+#include "generation/GenreProfile.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace pulsewright
+{
+
+namespace
+{
+    DrumPattern patternOf (int bars, std::vector<DrumHit> hits)
+    {
+        DrumPattern pattern;
+        pattern.bars = bars;
+        pattern.hits = std::move (hits);
+        return pattern;
+    }
+
+    DrumHit hit (double start, std::uint32_t note, std::uint32_t velocity = 100)
+    {
+        return { .start = start, .note = note, .velocity = velocity };
+    }
+} // namespace
+
+TEST (Names, UnknownValuesHaveNamesToo)
+{
+    EXPECT_EQ (nameOf (Genre::drumAndBass), "Drum & Bass");
+    EXPECT_EQ (nameOf (static_cast<Genre> (7)), "Unknown");
+    EXPECT_EQ (profileOf (static_cast<Genre> (7)).tempoBpm, 120);
+    EXPECT_EQ (profileOf (static_cast<Genre> (7)).averageSongSeconds, 210);
+    EXPECT_EQ (nameOf (SectionType::verseVariation), "Verse Variation");
+    EXPECT_EQ (nameOf (static_cast<SectionType> (9)), "Section");
+    EXPECT_EQ (energyOffsetOf (static_cast<SectionType> (9)), 0.0f);
+    EXPECT_EQ (nameOf (static_cast<DrumLane> (4)), "");
+}
+
+TEST (GenerationSettings, StoresValuesInsideTheirRange)
+{
+    GenerationSettings settings;
+    settings.setValues ({ 1.7f, -0.2f, 0.3f, std::numeric_limits<float>::quiet_NaN(), 1, 1, 1, 1, 0.1f, 0.2f, 0.3f, 0.4f });
+
+    EXPECT_EQ (settings.density, 1.0f);
+    EXPECT_EQ (settings.energy, 0.0f);
+    EXPECT_EQ (settings.syncopation, 0.3f);
+    EXPECT_EQ (settings.swing, 0.0f);
+    EXPECT_EQ (settings.probabilityOf (DrumLane::kick), 0.1f);
+    EXPECT_EQ (settings.probabilityOf (DrumLane::perc), 0.4f);
+    EXPECT_EQ (settings.seed, GenerationSettings::defaultSalt);
+}
+
+struct NormaliseCase
+{
+    const char* name;
+    int bars;
+    std::vector<DrumHit> before;
+    std::vector<DrumHit> after;
+};
+
+class Normalise : public testing::TestWithParam<NormaliseCase>
+{
+};
+
+TEST_P (Normalise, KeepsTheHitsThatAreHeard)
+{
+    auto pattern = patternOf (GetParam().bars, GetParam().before);
+    normalise (pattern);
+    EXPECT_EQ (pattern.hits, GetParam().after);
+}
+
+// clang-format off
+INSTANTIATE_TEST_SUITE_P (Patterns, Normalise, testing::Values (
+    NormaliseCase { "ClampsStarts",             4, { hit (16.2, 36), hit (-1.0, 38) },                       { hit (0.0, 38), hit (15.999, 36) } },
+    NormaliseCase { "DoubledNoteGoes",          1, { hit (2.015, 36), hit (2.0, 36) },                       { hit (2.0, 36) } },
+    NormaliseCase { "OtherNotesStay",           1, { hit (2.0, 36), hit (2.01, 38) },                        { hit (2.0, 36), hit (2.01, 38) } },
+    NormaliseCase { "ComparesWithTheKeptHit",   1, { hit (1.0, 42), hit (1.015, 42), hit (1.03, 42) },       { hit (1.0, 42), hit (1.03, 42) } },
+    NormaliseCase { "AnotherNoteInBetween",     1, { hit (2.0, 36), hit (2.005, 42), hit (2.015, 36) },      { hit (2.0, 36), hit (2.005, 42), hit (2.015, 36) } },
+    NormaliseCase { "TheQuieterOfTwoIsKept",    1, { hit (1.0, 36, 90), hit (1.0, 36, 40) },                 { hit (1.0, 36, 40) } },
+    NormaliseCase { "EqualStartsSortByNote",    1, { hit (1.0, 42), hit (1.0, 36), hit (1.0, 38) },          { hit (1.0, 36), hit (1.0, 38), hit (1.0, 42) } }),
+    [] (const auto& test) { return std::string (test.param.name); });
+// clang-format on
+
+} // namespace pulsewright

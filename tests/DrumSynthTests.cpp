@@ -1,0 +1,193 @@
+// SPDX-FileCopyrightText: 2026 Tolm
+// SPDX-License-Identifier: AGPL-3.0-only
+
+#include "ReferenceCases.h"
+
+#include "processor/DrumSynth.h"
+
+#include <cmath>
+
+namespace pulsewright
+{
+
+namespace
+{
+    constexpr double rate = 48000.0;
+
+    juce::MidiBuffer noteAt (int position, int note, int velocity = 100)
+    {
+        juce::MidiBuffer midi;
+        midi.addEvent (juce::MidiMessage::noteOn (10, note, static_cast<juce::uint8> (velocity)), position);
+        return midi;
+    }
+
+    /** A fresh synthesizer's answer to one block of MIDI. */
+    template <typename Sample = float>
+    juce::AudioBuffer<Sample> render (const juce::MidiBuffer& midi, int kit, int numSamples, int numChannels = 2, double sampleRate = rate)
+    {
+        DrumSynth synth;
+        synth.prepare (sampleRate);
+        juce::AudioBuffer<Sample> buffer (numChannels, numSamples);
+        buffer.clear();
+        synth.render (buffer, midi, kit);
+        return buffer;
+    }
+
+    bool isSilent (const juce::AudioBuffer<float>& buffer, int from, int to)
+    {
+        return buffer.getMagnitude (from, to - from) == 0.0f;
+    }
+} // namespace
+
+TEST (DrumSynth, SoundsLikeTheReference)
+{
+    const auto cases = reference::readCases ("sound.json");
+    ASSERT_EQ (cases.at ("voices").size(), 36u);
+
+    std::vector<int> places;
+    for (const auto& [first, last] : { std::pair { 0, 31 }, std::pair { 1000, 1007 }, std::pair { 2040, 2047 } })
+        for (int place = first; place <= last; ++place)
+            places.push_back (place);
+
+    for (const auto& c : cases.at ("voices"))
+    {
+        SCOPED_TRACE ("kit " + c.at ("kit").dump() + ", note " + c.at ("note").dump());
+        const auto buffer = render (noteAt (0, c.at ("note"), c.at ("velocity")), c.at ("kit"), 2048);
+
+        ASSERT_EQ (c.at ("left").size(), places.size());
+        for (std::size_t i = 0; i < places.size(); ++i)
+            EXPECT_NEAR (buffer.getSample (0, places[i]), c.at ("left")[i].get<float>(), 1e-4f) << "sample " << places[i];
+
+        for (int i = 0; i < static_cast<int> (c.at ("right").size()); ++i)
+            EXPECT_NEAR (buffer.getSample (1, i), c.at ("right")[static_cast<std::size_t> (i)].get<float>(), 1e-4f);
+
+        EXPECT_NEAR (buffer.getMagnitude (0, 0, 2048), c.at ("peak").get<float>(), 1e-4f);
+    }
+}
+
+TEST (DrumSynth, BlocksAndSampleTypesChangeNothing)
+{
+    constexpr int length = 6000;
+    juce::MidiBuffer midi;
+
+    for (int i = 0; i < 90; ++i) // more strokes than voices
+        midi.addEvent (juce::MidiMessage::noteOn (1 + i % 16, 30 + i % 30, static_cast<juce::uint8> (1 + i)), i * 53);
+
+    const auto whole  = render (midi, 2, length);
+    const auto wide   = render<double> (midi, 2, length);
+    const auto narrow = render (midi, 2, length, 1);
+
+    DrumSynth synth;
+    synth.prepare (rate);
+    juce::AudioBuffer<float> split (2, length);
+
+    for (int position = 0, size = 1; position < length; position += size, size = 1 + (size * 7) % 97)
+    {
+        size = std::min (size, length - position);
+        juce::AudioBuffer<float> block (split.getArrayOfWritePointers(), 2, position, size);
+        juce::MidiBuffer blockMidi;
+        blockMidi.addEvents (midi, position, size, -position);
+        synth.render (block, blockMidi, 2);
+    }
+
+    for (int i = 0; i < length; ++i)
+    {
+        ASSERT_EQ (split.getSample (0, i), whole.getSample (0, i)) << i;
+        ASSERT_EQ (split.getSample (1, i), whole.getSample (1, i)) << i;
+        ASSERT_EQ (static_cast<float> (wide.getSample (0, i)), whole.getSample (0, i)) << i;
+        ASSERT_EQ (narrow.getSample (0, i), whole.getSample (0, i)) << "mono is the left side, " << i;
+    }
+}
+
+TEST (DrumSynth, StartsAtTheSampleAndLeansToItsSide)
+{
+    // Right against left: the same for notes in the middle, 1.18 to 0.82 for odd percussion, and the
+    // other way round for even notes from 41 up.
+    const std::map<int, double> leanings { { 36, 1.0 }, { 38, 1.0 }, { 40, 1.0 }, { 42, 0.82 / 1.18 }, { 46, 0.82 / 1.18 }, { 45, 1.18 / 0.82 }, { 41, 1.18 / 0.82 }, { 39, 1.0 } };
+
+    for (const auto& [note, leaning] : leanings)
+    {
+        const auto buffer = render (noteAt (17, note), 0, 64);
+        EXPECT_TRUE (isSilent (buffer, 0, 17)) << note;
+        EXPECT_NE (buffer.getSample (0, 17), 0.0f) << note;
+        EXPECT_NEAR (std::atanh (buffer.getSample (1, 17)) / std::atanh (buffer.getSample (0, 17)), leaning, 1e-4) << note;
+    }
+}
+
+TEST (DrumSynth, OnlyNoteOnsSound)
+{
+    juce::MidiBuffer midi;
+    midi.addEvent (juce::MidiMessage (0x99, 36, 0), 0); // a note-on with velocity 0 is a note-off
+    midi.addEvent (juce::MidiMessage::noteOff (10, 36), 1);
+    midi.addEvent (juce::MidiMessage::controllerEvent (10, 7, 100), 2);
+    EXPECT_TRUE (isSilent (render (midi, 0, 64), 0, 64));
+    EXPECT_TRUE (isSilent (render (noteAt (0, 36), 4, 64), 0, 64)) << "MIDI Only";
+
+    // Past the end of the block a stroke starts with the next one.
+    DrumSynth synth;
+    synth.prepare (rate);
+    juce::AudioBuffer<float> buffer (2, 64);
+    buffer.clear();
+    synth.render (buffer, noteAt (1000, 36), 0);
+    EXPECT_TRUE (isSilent (buffer, 0, 64));
+    synth.render (buffer, {}, 0);
+    EXPECT_EQ (buffer.getSample (0, 0), render (noteAt (0, 36), 0, 1).getSample (0, 0));
+}
+
+TEST (DrumSynth, VoicesFreezeWithoutAKitAndKeepTheirOwn)
+{
+    const auto whole = render (noteAt (0, 36), 1, 256);
+
+    DrumSynth synth;
+    synth.prepare (rate);
+    juce::AudioBuffer<float> first (2, 128), frozen (2, 128), second (2, 128);
+    frozen.clear();
+    synth.render (first, noteAt (0, 36), 1);
+    synth.render (frozen, {}, midiOnly);
+    synth.render (second, {}, 3); // the stroke began in another kit
+
+    EXPECT_TRUE (isSilent (frozen, 0, 128));
+    for (int i = 0; i < 128; ++i)
+        ASSERT_EQ (second.getSample (0, i), whole.getSample (0, 128 + i));
+}
+
+TEST (DrumSynth, VoicesEndAndPrepareSilencesThem)
+{
+    // The long kick is cut at two and a half seconds, where it is still above the threshold.
+    const auto length = static_cast<int> (2.5 * rate) + 100;
+    const auto kick   = render (noteAt (0, 36, 127), 1, length);
+    EXPECT_FALSE (isSilent (kick, length - 200, length - 110));
+    EXPECT_TRUE (isSilent (kick, length - 99, length));
+
+    // A closed hat is inaudible, and over, after ln (1 / 0.00008) / 42 seconds.
+    const auto hat     = render (noteAt (0, 42, 127), 0, length);
+    const auto hatEnds = static_cast<int> (std::log (1.0 / 0.00008) / 42.0 * rate);
+    EXPECT_FALSE (isSilent (hat, hatEnds - 20, hatEnds + 1));
+    EXPECT_TRUE (isSilent (hat, hatEnds + 3, length));
+
+    DrumSynth synth;
+    synth.prepare (rate);
+    juce::AudioBuffer<float> before (2, 64), after (2, 64), again (2, 64);
+    synth.render (before, noteAt (0, 38), 0);
+    synth.prepare (rate);
+    synth.render (after, {}, 0);
+    EXPECT_TRUE (isSilent (after, 0, 64));
+
+    // The noise goes on: no two strokes are the same, not even across a restart.
+    synth.render (again, noteAt (0, 38), 0);
+    EXPECT_NE (again.getSample (0, 5), before.getSample (0, 5));
+}
+
+TEST (DrumSynth, AbsurdSampleRatesAreHarmless)
+{
+    for (const double sampleRate : { 0.0, -5.0, 1.0, 1e-300, 1e12 })
+    {
+        const auto buffer = render (noteAt (0, 36), 0, 64, 2, sampleRate);
+        for (int i = 0; i < 64; ++i)
+            ASSERT_TRUE (std::abs (buffer.getSample (0, i)) <= 1.0f) << sampleRate;
+    }
+
+    render (noteAt (0, 36), 0, 64, 0); // an output bus that is switched off
+}
+
+} // namespace pulsewright

@@ -1,0 +1,154 @@
+// SPDX-FileCopyrightText: 2026 Tolm
+// SPDX-License-Identifier: AGPL-3.0-only
+
+#include "ReferenceCases.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace pulsewright
+{
+
+namespace
+{
+    std::ptrdiff_t countIn (const DrumPattern& pattern, auto&& predicate)
+    {
+        return std::count_if (pattern.hits.begin(), pattern.hits.end(), predicate);
+    }
+
+    GenerationSettings everyControlAt (float value)
+    {
+        GenerationSettings settings;
+        settings.setValues ({ value, value, value, value, value, value, 0, 0, 1, 1, 1, 1 });
+        return settings;
+    }
+} // namespace
+
+TEST (GrooveGenerator, PlaysTheReferencePatterns)
+{
+    const auto cases = reference::readCases ("patterns.json").at ("patterns");
+    ASSERT_EQ (cases.size(), 31u);
+
+    for (const auto& c : cases)
+    {
+        SCOPED_TRACE (c.at ("pattern").at ("name").get<std::string>() + ", salt " + std::to_string (c.at ("salt").get<std::uint32_t>()));
+        reference::expectPattern (reference::generate (c), c.at ("pattern"));
+    }
+}
+
+TEST (GrooveGenerator, PlaysTheReferenceMutations)
+{
+    const auto cases = reference::readCases ("patterns.json").at ("mutations");
+    ASSERT_EQ (cases.size(), 3u);
+
+    for (const auto& c : cases)
+    {
+        LaneLocks locks {};
+        for (std::size_t lane = 0; lane < locks.size(); ++lane)
+            locks[lane] = c.at ("locks")[lane].get<int>() != 0;
+
+        SCOPED_TRACE (c.at ("locks").dump());
+        reference::expectPattern (GrooveGenerator::mutate (reference::settingsOf (c), reference::generate (c), locks, c.at ("mutateSeed")),
+                                  c.at ("pattern"));
+    }
+}
+
+TEST (GrooveGenerator, LockedLanesSurviveMutation)
+{
+    const auto settings = everyControlAt (0.8f);
+    const auto previous = GrooveGenerator::generate (settings, SectionType::fill, 4, 0);
+    const auto locked   = GrooveGenerator::mutate (settings, previous, { true, true, true, true }, 7);
+    const auto again    = GrooveGenerator::mutate (settings, locked, {}, 8);
+
+    EXPECT_EQ (locked.hits, previous.hits);
+    EXPECT_EQ (locked.name, "Boom Bap Fill Mutated");
+    EXPECT_EQ (again.name, "Boom Bap Fill Mutated Mutated");
+    EXPECT_NE (again.hits, previous.hits);
+    EXPECT_EQ (again.bars, 4);
+    EXPECT_EQ (again.sectionType, SectionType::fill);
+}
+
+TEST (GrooveGenerator, LengthIsClamped)
+{
+    const GenerationSettings settings;
+    EXPECT_EQ (GrooveGenerator::generate (settings, SectionType::verse, 0, 0).bars, 1);
+    EXPECT_EQ (GrooveGenerator::generate (settings, SectionType::verse, -5, 0).bars, 1);
+    EXPECT_EQ (GrooveGenerator::generate (settings, SectionType::verse, 500, 0).bars, 192);
+}
+
+TEST (GrooveGenerator, SilentLanesStaySilent)
+{
+    for (std::uint32_t genre = 0; genre <= genreCount; ++genre)
+    {
+        GenerationSettings settings;
+        settings.genre = static_cast<Genre> (genre);
+        settings.setValues ({ 1, 1, 1, 1, 1, 1, 1, 1, 0, 1, 1, 1 });
+
+        const auto withoutKick = GrooveGenerator::generate (settings, SectionType::fill, 8, 0);
+        EXPECT_EQ (countIn (withoutKick, [] (const auto& hit) { return hit.lane == DrumLane::kick; }), 0);
+        EXPECT_FALSE (withoutKick.hits.empty());
+
+        settings.setValues ({ 1, 1, 1, 1, 1, 1, 1, 1, 0, 0, 0, 0 });
+        EXPECT_TRUE (GrooveGenerator::generate (settings, SectionType::fill, 8, 0).hits.empty());
+    }
+}
+
+TEST (GrooveGenerator, AnUnknownGenreStillKeepsTime)
+{
+    GenerationSettings settings;
+    settings.genre = static_cast<Genre> (42);
+
+    const auto pattern = GrooveGenerator::generate (settings, SectionType::verse, 2, 0);
+    EXPECT_EQ (pattern.name, "Unknown Verse");
+    EXPECT_GT (pattern.hits.size(), 8u);
+    EXPECT_EQ (countIn (pattern, [] (const auto& hit) { return hit.note != note::closedHat; }), 0);
+}
+
+TEST (GrooveGenerator, SwingDelaysOddSixteenthsOnly)
+{
+    GenerationSettings settings;
+    settings.genre = Genre::trap;
+    settings.setValues ({ 1, 1, 1, 1, 1, 0, 0, 0, 1, 1, 1, 1 }); // full swing, no humanisation
+
+    const auto pattern = GrooveGenerator::generate (settings, SectionType::verse, 4, 0);
+
+    for (const auto& hit : pattern.hits)
+    {
+        const auto inThirtySeconds = hit.start * 8.0;
+        const auto onGrid          = std::abs (inThirtySeconds - std::round (inThirtySeconds)) < 1e-9;
+        const auto swung           = hit.start - 0.085;
+        const auto sixteenth       = std::floor (swung * 4.0 + 0.5 + 1e-9);
+
+        EXPECT_TRUE (onGrid || std::fmod (sixteenth, 2.0) == 1.0) << hit.start;
+    }
+
+    // The 32nd before the last sixteenth of a bar belongs to it and swings, the one after does not.
+    const auto has = [&] (double start)
+    { return countIn (pattern, [&] (const auto& hit) { return hit.note == note::closedHat && std::abs (hit.start - start) < 1e-9; }) == 1; };
+    EXPECT_TRUE (has (4.0 + 3.625 + 0.085));
+    EXPECT_TRUE (has (4.0 + 3.875));
+}
+
+TEST (GrooveGenerator, EnergeticFillsHaveEightStrokes)
+{
+    GenerationSettings settings;
+    settings.setValues ({ 0, 1, 0, 0, 0, 0, 0, 0, 0, 1, 0, 1 });
+
+    const auto fill = GrooveGenerator::generate (settings, SectionType::fill, 64, 3);
+    const auto toms = countIn (fill, [] (const auto& hit) { return hit.lane == DrumLane::perc; });
+    EXPECT_GT (toms, 64 * 6); // seven a bar, each with a chance of 0.96
+    EXPECT_LE (toms, 64 * 7);
+
+    // The eighth stroke is the snare of the list, on the snare's lane.
+    const auto lastStrokes = countIn (fill, [] (const auto& hit) { return std::abs (std::fmod (hit.start, 4.0) - 3.8125) < 1e-9; });
+    const auto lastSnares  = countIn (fill,
+                                     [] (const auto& hit)
+                                     {
+                                         return std::abs (std::fmod (hit.start, 4.0) - 3.8125) < 1e-9 && hit.note == note::snare
+                                             && hit.lane == DrumLane::snare;
+                                     });
+    EXPECT_GT (lastStrokes, 50);
+    EXPECT_EQ (lastStrokes, lastSnares);
+}
+
+} // namespace pulsewright

@@ -1,0 +1,157 @@
+// SPDX-FileCopyrightText: 2026 Tolm
+// SPDX-License-Identifier: AGPL-3.0-only
+
+#include "processor/PulsewrightAudioProcessor.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace pulsewright
+{
+
+namespace
+{
+    struct ExpectedParameter
+    {
+        const char* id;
+        const char* name;
+        int steps; // 0: continuous
+        float defaultValue;
+        const char* defaultText;
+    };
+
+    // clang-format off
+    constexpr ExpectedParameter expectedParameters[]
+    {
+        { "genre",                  "Genre",                  7, 0.0f,  "Boom Bap" },
+        { "density",                "Density",                0, 0.48f, "48" },
+        { "energy",                 "Energy",                 0, 0.58f, "58" },
+        { "syncopation",            "Syncopation",            0, 0.42f, "42" },
+        { "swing",                  "Swing",                  0, 0.18f, "18" },
+        { "variation",              "Variation",              0, 0.35f, "35" },
+        { "experimental",           "Experimental",           0, 0.12f, "12" },
+        { "timing",                 "Timing Humanize",        0, 0.16f, "16" },
+        { "velocity",               "Velocity Humanize",      0, 0.22f, "22" },
+        { "play_mode",              "Playback",               2, 0.0f,  "Pattern" },
+        { "pattern_length",         "Pattern Length",         7, 1.0f,  "2 bars" },
+        { "song_duration",          "Song Duration",          7, 0.0f,  "Genre average" },
+        { "song_structure",         "Song Structure",         4, 0.0f,  "Classic" },
+        { "sound_kit",              "Sound Kit",              5, 0.0f,  "Studio" },
+        { "kick_probability",       "Kick Probability",       0, 1.0f,  "100" },
+        { "snare_probability",      "Snare Probability",      0, 1.0f,  "100" },
+        { "hats_probability",       "Hats Probability",       0, 1.0f,  "100" },
+        { "percussion_probability", "Percussion Probability", 0, 1.0f,  "100" }
+    };
+    // clang-format on
+} // namespace
+
+// A reordered or renamed parameter breaks the projects of everybody who has saved one.
+TEST (Parameters, OrderAndIdsAreFrozen)
+{
+    PulsewrightAudioProcessor processor;
+    const auto& parameters = processor.getParameters();
+    ASSERT_EQ (parameters.size(), static_cast<int> (std::size (expectedParameters)));
+
+    for (int i = 0; i < parameters.size(); ++i)
+    {
+        const auto& expected  = expectedParameters[i];
+        const auto* parameter = dynamic_cast<juce::RangedAudioParameter*> (parameters[i]);
+        SCOPED_TRACE (expected.id);
+
+        ASSERT_NE (parameter, nullptr);
+        EXPECT_EQ (parameter->paramID, juce::String (expected.id));
+        EXPECT_EQ (parameter->getName (100), juce::String (expected.name));
+        EXPECT_FLOAT_EQ (processor.parameters.getRawParameterValue (expected.id)->load(), expected.defaultValue);
+        EXPECT_EQ (parameter->getText (parameter->getDefaultValue(), 100), juce::String (expected.defaultText));
+        EXPECT_EQ (parameter->isDiscrete(), expected.steps > 0);
+        EXPECT_EQ (parameter->getLabel(), juce::String (expected.steps > 0 ? "" : "%"));
+
+        if (expected.steps > 0)
+            EXPECT_EQ (parameter->getNumSteps(), expected.steps);
+        else
+            EXPECT_FLOAT_EQ (parameter->getNormalisableRange().interval, 0.001f);
+    }
+}
+
+TEST (Parameters, PercentagesAreShownAndTypedAsWholeNumbers)
+{
+    EXPECT_EQ (percentText (0.48f), "48");
+    EXPECT_EQ (percentText (0.125f), "12"); // halves go to the even integer
+    EXPECT_EQ (percentText (0.375f), "38");
+    EXPECT_EQ (percentText (1.0f), "100");
+
+    EXPECT_EQ (percentValue ("12.5"), 0.125f);
+    EXPECT_EQ (percentValue ("48 %"), 0.48f);
+
+    for (const auto* noNumber : { "", "loud", "nan", "inf", "-inf", "NaN", "1e999" })
+        EXPECT_EQ (percentValue (noNumber), 0.0f) << noNumber;
+
+    PulsewrightAudioProcessor processor;
+    const auto* density = processor.parameters.getParameter ("density");
+    EXPECT_FLOAT_EQ (density->getValueForText ("250"), 1.0f);
+    EXPECT_FLOAT_EQ (density->getValueForText ("-3"), 0.0f);
+}
+
+TEST (Parameters, EveryChoiceIsReadAsItself)
+{
+    PulsewrightAudioProcessor processor;
+    const ParameterReader values (processor.parameters);
+    const int expectedBars[] { 1, 2, 3, 4, 5, 7, 8 };
+
+    const auto choose = [&] (const char* id, int index, int count)
+    { processor.parameters.getParameter (id)->setValueNotifyingHost (static_cast<float> (index) / static_cast<float> (count - 1)); };
+
+    for (int i = 0; i < 7; ++i)
+    {
+        choose (parameterID::genre, i, 7);
+        choose (parameterID::patternLength, i, 7);
+        choose (parameterID::songDuration, i, 7);
+        choose (parameterID::songStructure, i % 4, 4);
+        choose (parameterID::soundKit, i % 5, 5);
+        EXPECT_EQ (static_cast<int> (values.genre()), i);
+        EXPECT_EQ (values.patternBars(), expectedBars[i]);
+        EXPECT_EQ (values.songDuration(), static_cast<std::uint32_t> (i));
+        EXPECT_EQ (values.songStructure(), static_cast<std::uint32_t> (i % 4));
+        EXPECT_EQ (values.soundKit(), i % 5);
+    }
+}
+
+TEST (Parameters, RawValuesAreClampedWhenRead)
+{
+    PulsewrightAudioProcessor processor;
+    const ParameterReader values (processor.parameters);
+
+    const auto setRaw = [&] (const char* id, float value) { processor.parameters.getRawParameterValue (id)->store (value); };
+
+    setRaw (parameterID::genre, 2.99f);
+    EXPECT_EQ (values.genre(), Genre::dub);
+    setRaw (parameterID::genre, 1e20f);
+    EXPECT_EQ (values.genre(), Genre::electronic);
+    setRaw (parameterID::genre, std::numeric_limits<float>::quiet_NaN());
+    EXPECT_EQ (values.genre(), Genre::boomBap);
+    setRaw (parameterID::playMode, 0.5f);
+    EXPECT_TRUE (values.playsFullSong());
+    setRaw (parameterID::playMode, 0.49f);
+    EXPECT_FALSE (values.playsFullSong());
+}
+
+TEST (Parameters, ValuesThatAreNoNumbersEndInsideTheRange)
+{
+    PulsewrightAudioProcessor processor;
+
+    for (auto* parameter : processor.getParameters())
+        for (const float bad : { std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity(), -std::numeric_limits<float>::infinity(), 7.0f, -7.0f })
+        {
+            parameter->setValueNotifyingHost (bad);
+            SCOPED_TRACE (parameter->getName (100) + " " + juce::String (bad));
+
+            const auto* ranged = dynamic_cast<juce::RangedAudioParameter*> (parameter);
+            const auto& range  = ranged->getNormalisableRange();
+            const auto raw     = processor.parameters.getRawParameterValue (ranged->paramID)->load();
+            EXPECT_TRUE (raw >= range.start && raw <= range.end) << raw;
+            EXPECT_TRUE (parameter->getValue() >= 0.0f && parameter->getValue() <= 1.0f);
+        }
+}
+
+} // namespace pulsewright

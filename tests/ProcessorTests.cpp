@@ -1,0 +1,430 @@
+// SPDX-FileCopyrightText: 2026 Tolm
+// SPDX-License-Identifier: AGPL-3.0-only
+
+#include "ReferenceCases.h"
+
+#include "processor/PulsewrightAudioProcessor.h"
+
+#include <cmath>
+
+namespace pulsewright
+{
+
+namespace
+{
+    constexpr double rate = 48000.0;
+
+    void set (PulsewrightAudioProcessor& processor, const char* id, float plainValue)
+    {
+        auto* parameter = processor.parameters.getParameter (id);
+        parameter->setValueNotifyingHost (parameter->convertTo0to1 (plainValue));
+    }
+
+    /** The settings that the processor's parameters stand for, with a salt. */
+    GenerationSettings settingsOf (const PulsewrightAudioProcessor& processor, std::uint32_t salt)
+    {
+        const ParameterReader values (processor.parameters);
+        GenerationSettings settings;
+        settings.genre = values.genre();
+        settings.setValues (values.settingsValues());
+        settings.seed = salt;
+        return settings;
+    }
+
+    struct TestPlayHead final : juce::AudioPlayHead
+    {
+        juce::Optional<PositionInfo> getPosition() const override { return info; }
+
+        void roll (double ppq, std::optional<double> bpm = {})
+        {
+            info = PositionInfo();
+            info->setIsPlaying (true);
+            info->setPpqPosition (ppq);
+            if (bpm)
+                info->setBpm (*bpm);
+        }
+
+        void stop()
+        {
+            info->setIsPlaying (false);
+        }
+
+        juce::Optional<PositionInfo> info;
+    };
+
+    /** A processor that is played block by block. */
+    struct Player
+    {
+        explicit Player (PulsewrightAudioProcessor& p) : processor (p)
+        {
+            processor.setPlayHead (&playHead);
+            processor.prepareToPlay (rate, 512);
+        }
+
+        ~Player() { processor.setPlayHead (nullptr); }
+
+        std::vector<juce::MidiMessage> play (int numSamples, std::initializer_list<juce::MidiMessage> incoming = {})
+        {
+            midi.clear();
+            for (const auto& message : incoming)
+                midi.addEvent (message, static_cast<int> (message.getTimeStamp()));
+
+            buffer.setSize (2, numSamples);
+            processor.processBlock (buffer, midi);
+
+            std::vector<juce::MidiMessage> out;
+            for (const auto message : midi)
+                out.push_back (message.getMessage());
+            return out;
+        }
+
+        /** Rolls a second from a beat and gives the note-ons. */
+        std::vector<int> notesFrom (double ppq, double bpm = 120.0, std::initializer_list<juce::MidiMessage> incoming = {})
+        {
+            std::vector<int> notes;
+            playHead.roll (ppq, bpm);
+            for (const auto& message : play (static_cast<int> (rate), incoming))
+                if (message.isNoteOn() && message.getChannel() == 10)
+                    notes.push_back (message.getNoteNumber());
+            return notes;
+        }
+
+        PulsewrightAudioProcessor& processor;
+        TestPlayHead playHead;
+        juce::AudioBuffer<float> buffer;
+        juce::MidiBuffer midi;
+    };
+
+    std::vector<int> notesIn (const DrumPattern& pattern, double from, double to)
+    {
+        std::vector<int> notes;
+        for (const auto& hit : pattern.hits)
+            if (hit.start >= from && hit.start < to)
+                notes.push_back (static_cast<int> (hit.note));
+        return notes;
+    }
+
+    juce::MidiMessage trigger (int slot, int velocity = 100, int channel = 3)
+    {
+        return juce::MidiMessage (0x8F + channel, 60 + slot, velocity);
+    }
+} // namespace
+
+//==============================================================================
+TEST (Processor, IsWhatHostsExpect)
+{
+    PulsewrightAudioProcessor processor;
+    EXPECT_EQ (processor.getName(), "Pulsewright");
+    EXPECT_TRUE (processor.acceptsMidi() && processor.producesMidi() && processor.supportsDoublePrecisionProcessing());
+    EXPECT_FALSE (processor.isMidiEffect() || processor.supportsMPE());
+    EXPECT_EQ (processor.getTailLengthSeconds(), 1.0);
+    EXPECT_EQ (processor.getNumPrograms(), 1);
+    EXPECT_EQ (processor.getProgramName (0), "");
+    EXPECT_EQ (processor.getBusCount (true), 0);
+    EXPECT_EQ (processor.getBus (false, 0)->getName(), "Output");
+    EXPECT_EQ (processor.getNameForMidiNoteNumber (36, 10), juce::String ("Kick"));
+    EXPECT_EQ (processor.getNameForMidiNoteNumber (67, 10), juce::String ("Section 8"));
+    EXPECT_FALSE (processor.getNameForMidiNoteNumber (68, 10).has_value());
+
+    const auto supports = [&] (juce::AudioChannelSet set)
+    {
+        auto layout = processor.getBusesLayout();
+        layout.outputBuses.getReference (0) = set;
+        return processor.checkBusesLayoutSupported (layout);
+    };
+    EXPECT_TRUE (supports (juce::AudioChannelSet::mono()));
+    EXPECT_TRUE (supports (juce::AudioChannelSet::stereo()));
+    EXPECT_FALSE (supports (juce::AudioChannelSet::disabled()));
+    EXPECT_FALSE (supports (juce::AudioChannelSet::quadraphonic()));
+}
+
+TEST (Processor, OpensWithATwoBarVerseAndASong)
+{
+    const PulsewrightAudioProcessor processor;
+    const auto settings = settingsOf (processor, GenerationSettings::defaultSalt);
+
+    EXPECT_EQ (processor.getPattern(), GrooveGenerator::generate (settings, SectionType::verse, 2, 0));
+    EXPECT_EQ (processor.getSong(), SongBuilder::buildSong (settings, 80, 0));
+    EXPECT_EQ (processor.getSeedCounter(), 1u);
+}
+
+TEST (Processor, SaltsAreTheReferenceSalts)
+{
+    for (const auto& c : reference::readCases ("salts.json"))
+        EXPECT_EQ (PulsewrightAudioProcessor::saltOf (c.at ("counter")), c.at ("salt").get<std::uint32_t>());
+}
+
+TEST (Processor, OperationsTakeTheirSaltsFromTheCounter)
+{
+    PulsewrightAudioProcessor processor;
+    set (processor, parameterID::patternLength, 5.0f);
+    set (processor, parameterID::songStructure, 2.0f);
+    set (processor, parameterID::genre, 3.0f);
+    const auto saltOf = PulsewrightAudioProcessor::saltOf;
+
+    processor.generatePattern (SectionType::fill);
+    EXPECT_EQ (processor.getPattern(), GrooveGenerator::generate (settingsOf (processor, saltOf (1)), SectionType::fill, 7, 0));
+
+    processor.generatePattern (SectionType::verse);
+    EXPECT_EQ (processor.getPattern(), GrooveGenerator::generate (settingsOf (processor, saltOf (2)), SectionType::verse, 7, 0));
+    EXPECT_EQ (processor.getSeedCounter(), 3u);
+
+    // A refresh keeps take, type and length, whatever length is chosen now.
+    set (processor, parameterID::patternLength, 0.0f);
+    set (processor, parameterID::density, 0.9f);
+    processor.regeneratePattern();
+    EXPECT_EQ (processor.getPattern(), GrooveGenerator::generate (settingsOf (processor, saltOf (2)), SectionType::verse, 7, 0));
+    EXPECT_EQ (processor.getSong(), SongBuilder::buildSong (settingsOf (processor, saltOf (2)), 124, 2));
+    EXPECT_EQ (processor.getSeedCounter(), 3u);
+
+    processor.buildSong();
+    const auto song = processor.getSong();
+    EXPECT_EQ (song, SongBuilder::buildSong (settingsOf (processor, saltOf (3)), 124, 2));
+    EXPECT_EQ (processor.getPattern(), song.sections.front().pattern);
+    EXPECT_EQ (processor.getPattern().name, "DJ Intro");
+
+    processor.selectSection (3);
+    EXPECT_EQ (processor.getPattern(), song.sections[3].pattern);
+
+    const auto count = processor.getChangeCounter();
+    for (const int noSection : { -1, 6, 1000 })
+        processor.selectSection (noSection);
+    EXPECT_EQ (processor.getChangeCounter(), count);
+    EXPECT_EQ (count, 5u);
+}
+
+TEST (Processor, MutationNudgesFirstAndKeepsTheSalt)
+{
+    PulsewrightAudioProcessor processor;
+    set (processor, parameterID::genre, 3.0f);
+    processor.generatePattern (SectionType::verse);
+    processor.setLaneLocked (0, true);
+    processor.setLaneLocked (9, true);
+    const auto before = processor.getPattern();
+    const auto song   = processor.getSong();
+
+    processor.mutatePattern();
+
+    LaneLocks locks {};
+    locks[0] = true;
+    EXPECT_EQ (processor.getSeedCounter(), 3u);
+    EXPECT_EQ (processor.getPattern(), GrooveGenerator::mutate (settingsOf (processor, PulsewrightAudioProcessor::saltOf (1)), before, locks, 3));
+    EXPECT_EQ (processor.getPattern().name, "House Verse Mutated");
+    EXPECT_EQ (processor.getSong(), song);
+    EXPECT_TRUE (processor.isLaneLocked (0));
+    EXPECT_FALSE (processor.isLaneLocked (1) || processor.isLaneLocked (9) || processor.isLaneLocked (-1));
+}
+
+TEST (Processor, NudgesAreTheReferenceNudgesInsideGestures)
+{
+    struct Recorder final : juce::AudioProcessorListener
+    {
+        void audioProcessorParameterChanged (juce::AudioProcessor*, int i, float) override { log << "=" << i; }
+        void audioProcessorChanged (juce::AudioProcessor*, const ChangeDetails& d) override { log << (d.nonParameterStateChanged ? "!" : "?"); }
+        void audioProcessorParameterChangeGestureBegin (juce::AudioProcessor*, int i) override { log << "[" << i; }
+        void audioProcessorParameterChangeGestureEnd (juce::AudioProcessor*, int i) override { log << "]" << i; }
+        juce::String log;
+    };
+
+    for (const auto& c : reference::readCases ("nudges.json"))
+    {
+        const auto seed = c.at ("seed").get<std::uint32_t>();
+        PulsewrightAudioProcessor processor;
+        Recorder recorder;
+
+        // Mutating advances the counter first: one take less than the seed lies before it.
+        for (std::uint32_t take = 1; take + 1 < seed; ++take)
+            processor.generatePattern (SectionType::fill);
+
+        if (seed < 2)
+            continue;
+
+        processor.addListener (&recorder);
+        processor.mutatePattern();
+        processor.removeListener (&recorder);
+
+        const auto values = ParameterReader (processor.parameters).settingsValues();
+        for (std::size_t i = 0; i < numMacros; ++i)
+            EXPECT_NEAR (values[i], std::round (c.at ("after")[i].get<double>() * 1000.0) / 1000.0, 1e-6) << settingsParameterIDs[i] << ", seed " << seed;
+
+        EXPECT_EQ (recorder.log, "[1=1]1[2=2]2[3=3]3[4=4]4[5=5]5[6=6]6[7=7]7[8=8]8!");
+    }
+}
+
+//==============================================================================
+TEST (Processor, TempoIsTheHostsWhileItIsSensible)
+{
+    PulsewrightAudioProcessor processor;
+    Player player (processor);
+    EXPECT_EQ (processor.getEffectiveBpm(), 90);
+
+    // clang-format off
+    const std::vector<std::pair<double, int>> tempos { { 120.4, 120 }, { 120.5, 121 }, { 30.0, 30 }, { 29.9, 90 }, { 300.0, 300 }, { 300.5, 90 },
+                                                       { std::nan (""), 90 }, { -120.0, 90 }, { 95.0, 95 } };
+    // clang-format on
+
+    for (const auto& [host, shown] : tempos)
+    {
+        player.playHead.roll (0.0, host);
+        player.play (64);
+        EXPECT_EQ (processor.getEffectiveBpm(), shown) << host;
+    }
+
+    // A transport that stands still says nothing.
+    player.playHead.roll (0.0, 200.0);
+    player.playHead.stop();
+    player.play (64);
+    EXPECT_EQ (processor.getEffectiveBpm(), 95);
+
+    // A host without a tempo: the one that is used is remembered too.
+    player.playHead.roll (0.0);
+    player.play (64);
+    EXPECT_EQ (processor.getEffectiveBpm(), 95);
+    EXPECT_EQ (processor.getSongBarCount (95), 84);
+}
+
+TEST (Processor, PlaysOnlyWhileTheTransportRolls)
+{
+    PulsewrightAudioProcessor processor;
+    Player player (processor);
+    const auto pattern = processor.getPattern();
+
+    EXPECT_TRUE (player.play (48000).empty()) << "no position";
+    EXPECT_EQ (player.notesFrom (0.0), notesIn (pattern, 0.0, 2.0));
+    EXPECT_GT (player.buffer.getMagnitude (0, 48000), 0.1f);
+    EXPECT_EQ (player.notesFrom (8.0 * 1000 + 5.0), notesIn (pattern, 5.0, 7.0));
+    EXPECT_EQ (player.notesFrom (-4.0), notesIn (pattern, 4.0, 6.0)) << "the loop runs before the first beat too";
+
+    player.playHead.stop();
+    EXPECT_TRUE (player.play (48000).empty());
+
+    // Played by hand, and passed on, with the transport standing.
+    const auto passed = player.play (256, { juce::MidiMessage::noteOn (1, 38, static_cast<juce::uint8> (99)).withTimeStamp (7.0) });
+    ASSERT_EQ (passed.size(), 1u);
+    EXPECT_EQ (passed[0].getTimeStamp(), 7.0);
+    EXPECT_GT (player.buffer.getMagnitude (0, 256), 0.1f);
+}
+
+TEST (Processor, TriggersChooseTheSection)
+{
+    PulsewrightAudioProcessor processor;
+    set (processor, parameterID::songStructure, 3.0f); // four sections
+    processor.buildSong();
+    Player player (processor);
+    const auto song = processor.getSong();
+    const auto slot = [&] (std::size_t i) { return notesIn (song.sections[i].pattern, 0.0, 2.0); };
+
+    EXPECT_EQ (player.notesFrom (0.0), slot (0));
+    EXPECT_EQ (player.notesFrom (0.0, 120.0, { trigger (1), trigger (2).withTimeStamp (9.0) }), slot (2)) << "the last one, for the whole block";
+    EXPECT_EQ (player.notesFrom (0.0), slot (2));
+
+    // None of these is a trigger, and all pass: 59 and 68, velocity 0, a note-off, on any channel.
+    for (const auto& message : { trigger (-1, 100, 10), trigger (8, 100, 10), trigger (0, 0), juce::MidiMessage::noteOff (3, 60) })
+    {
+        player.playHead.stop();
+        EXPECT_EQ (player.play (64, { message }).size(), 1u);
+        EXPECT_EQ (player.notesFrom (0.0), slot (2));
+    }
+
+    EXPECT_TRUE (player.notesFrom (0.0, 120.0, { trigger (6) }).empty()) << "no such section";
+
+    // In song mode a trigger is only remembered.
+    set (processor, parameterID::playMode, 1.0f);
+    EXPECT_EQ (player.notesFrom (0.0, 120.0, { trigger (3) }), slot (0));
+    set (processor, parameterID::playMode, 0.0f);
+    EXPECT_EQ (player.notesFrom (0.0), slot (3));
+
+    // A refresh keeps it; a selection, a mutation, a groove or a song drops it.
+    processor.regeneratePattern();
+    EXPECT_EQ (player.notesFrom (0.0), slot (3));
+    processor.selectSection (1);
+    EXPECT_EQ (player.notesFrom (0.0), slot (1));
+
+    for (const auto& change : std::vector<std::function<void()>> { [&] { processor.mutatePattern(); },
+                                                                   [&] { processor.generatePattern (SectionType::fill); },
+                                                                   [&] { processor.buildSong(); } })
+    {
+        player.notesFrom (0.0, 120.0, { trigger (7) });
+        change();
+        EXPECT_EQ (player.notesFrom (0.0), notesIn (processor.getPattern(), 0.0, 2.0));
+    }
+}
+
+TEST (Processor, PreviewRunsOnItsOwnClock)
+{
+    PulsewrightAudioProcessor processor;
+    Player player (processor);
+    const auto pattern = processor.getPattern();
+    const auto second  = static_cast<int> (rate); // one and a half beats at 90
+
+    const auto nextNotes = [&] (int numSamples)
+    {
+        std::vector<int> notes;
+        for (const auto& message : player.play (numSamples))
+            if (message.isNoteOn())
+                notes.push_back (message.getNoteNumber());
+        return notes;
+    };
+
+    EXPECT_FALSE (processor.startPreview());
+    player.playHead.roll (6.0, 222.0);
+    EXPECT_EQ (nextNotes (second), notesIn (pattern, 0.0, 1.5)) << "the host is not asked";
+    EXPECT_EQ (nextNotes (second), notesIn (pattern, 1.5, 3.0));
+    EXPECT_EQ (processor.getEffectiveBpm(), 90);
+
+    // It loops until it is stopped, and starts again from the first beat.
+    for (int i = 0; i < 60; ++i)
+        player.play (second);
+    EXPECT_TRUE (processor.isPreviewPlaying());
+    processor.stopPreview();
+    EXPECT_FALSE (processor.isPreviewPlaying());
+    processor.startPreview();
+    EXPECT_EQ (nextNotes (second), notesIn (pattern, 0.0, 1.5));
+
+    // The mode is the one it was started in, and an empty slot holds it where it is.
+    processor.setMaterial (pattern, SongBuilder::buildSong ({}, 16, 3));
+    set (processor, parameterID::playMode, 1.0f);
+    EXPECT_EQ (nextNotes (second), notesIn (pattern, 1.5, 3.0));
+    player.play (second, { trigger (7) });
+    processor.setMaterial (pattern, processor.getSong());
+    EXPECT_EQ (nextNotes (second), notesIn (pattern, 3.0, 4.5));
+    processor.stopPreview();
+
+    // A song ends by itself, with its last note-offs.
+    EXPECT_TRUE (processor.startPreview());
+    std::size_t ons = 0, offs = 0;
+    int blocks      = 0;
+    for (; processor.isPreviewPlaying() && blocks < 1000; ++blocks)
+        for (const auto& message : player.play (second))
+            ++(message.isNoteOn() ? ons : offs);
+
+    EXPECT_EQ (ons, flatten (processor.getSong()).size());
+    EXPECT_EQ (offs, ons);
+    EXPECT_EQ (blocks, 43); // 64 beats are 42.67 seconds
+}
+
+TEST (Processor, DoublesSoundLikeFloats)
+{
+    PulsewrightAudioProcessor single, wide;
+    TestPlayHead playHead;
+    playHead.roll (0.0, 120.0);
+
+    juce::AudioBuffer<float> floats (2, 4096);
+    juce::AudioBuffer<double> doubles (2, 4096);
+    juce::MidiBuffer floatMidi, doubleMidi;
+
+    single.prepareToPlay (rate, 4096);
+    wide.setProcessingPrecision (juce::AudioProcessor::doublePrecision);
+    wide.prepareToPlay (rate, 4096);
+    single.setPlayHead (&playHead);
+    wide.setPlayHead (&playHead);
+    single.processBlock (floats, floatMidi);
+    wide.processBlock (doubles, doubleMidi);
+
+    EXPECT_EQ (floatMidi.data, doubleMidi.data);
+    EXPECT_GT (floats.getMagnitude (0, 4096), 0.1f);
+    for (int i = 0; i < 4096; ++i)
+        ASSERT_EQ (static_cast<double> (floats.getSample (1, i)), doubles.getSample (1, i));
+}
+
+} // namespace pulsewright

@@ -1,0 +1,127 @@
+// SPDX-FileCopyrightText: 2026 Tolm
+// SPDX-License-Identifier: AGPL-3.0-only
+
+#include "ReferenceCases.h"
+
+namespace pulsewright
+{
+
+TEST (SongBuilder, PlaysTheReferenceSongs)
+{
+    const auto cases = reference::readCases ("songs.json");
+    ASSERT_EQ (cases.size(), 5u);
+
+    for (const auto& c : cases)
+    {
+        SCOPED_TRACE (c.at ("name").get<std::string>());
+        const auto song = SongBuilder::buildSong (reference::settingsOf (c), c.at ("bars"), c.at ("structure"));
+
+        EXPECT_EQ (song.name, c.at ("name").get<std::string>());
+        EXPECT_EQ (song.totalBars, c.at ("totalBars").get<std::uint32_t>());
+        EXPECT_EQ (song.seed, c.at ("seed").get<std::uint32_t>());
+        ASSERT_EQ (song.sections.size(), c.at ("sections").size());
+
+        for (std::size_t i = 0; i < song.sections.size(); ++i)
+        {
+            const auto& section  = song.sections[i];
+            const auto& expected = c.at ("sections")[i];
+            SCOPED_TRACE (section.name);
+
+            EXPECT_EQ (section.name, expected.at ("name").get<std::string>());
+            EXPECT_EQ (section.pattern.name, section.name);
+            EXPECT_EQ (section.startBar, expected.at ("startBar").get<std::uint32_t>());
+            EXPECT_EQ (section.pattern.bars, expected.at ("bars").get<int>());
+            EXPECT_EQ (static_cast<std::uint32_t> (section.pattern.sectionType), expected.at ("sectionType").get<std::uint32_t>());
+            EXPECT_EQ (section.pattern.seed, expected.at ("seed").get<std::uint32_t>());
+            ASSERT_EQ (section.pattern.hits.size(), expected.at ("hitCount").get<std::size_t>());
+            reference::expectHits (section.pattern.hits, expected.at ("firstHits"));
+        }
+    }
+}
+
+TEST (SongBuilder, SharesOutTheBars)
+{
+    struct Case
+    {
+        std::int32_t asked;
+        std::uint32_t structure;
+        std::vector<std::int32_t> bars;
+    };
+
+    // clang-format off
+    const std::vector<Case> cases {
+        {   80, 0, { 7, 13, 7, 13, 13, 7, 13, 7 } },   // the remainders go to the earliest of equals
+        {   16, 3, { 2, 6, 6, 2 } },
+        {   16, 2, { 2, 2, 2, 4, 4, 2 } },
+        {   10, 3, { 2, 6, 6, 2 } },                   // never shorter than 16
+        { 1000, 1, { 38, 77, 77, 77, 77, 38 } },       // nor longer than 384
+        {   16, 4, { 1, 3, 1, 3, 3, 1, 3, 1 } }        // one past the last structure is Classic
+    };
+    // clang-format on
+
+    for (const auto& c : cases)
+    {
+        SCOPED_TRACE (std::to_string (c.asked) + " bars, structure " + std::to_string (c.structure));
+        const auto song = SongBuilder::buildSong ({}, c.asked, c.structure);
+
+        std::vector<std::int32_t> bars;
+        std::uint32_t sum = 0;
+
+        for (const auto& section : song.sections)
+        {
+            EXPECT_EQ (section.startBar, sum);
+            bars.push_back (section.pattern.bars);
+            sum += static_cast<std::uint32_t> (section.pattern.bars);
+        }
+
+        EXPECT_EQ (bars, c.bars);
+        EXPECT_EQ (sum, song.totalBars);
+    }
+}
+
+TEST (SongBuilder, UnknownStructuresGiveAnEmptySong)
+{
+    EXPECT_EQ (SongBuilder::buildSong ({}, 64, 4), SongBuilder::buildSong ({}, 64, 0));
+
+    const auto empty = SongBuilder::buildSong ({}, 64, 7);
+    EXPECT_TRUE (empty.sections.empty());
+    EXPECT_EQ (empty.name, "Boom Bap 64 Bar Classic Song");
+    EXPECT_TRUE (flatten (empty).empty());
+}
+
+TEST (SongBuilder, DurationsBecomeBars)
+{
+    EXPECT_EQ (SongBuilder::songBars (210, 90), 80);
+    EXPECT_EQ (SongBuilder::songBars (120, 140), 72); // 17.5 groups of four: halves go up
+    EXPECT_EQ (SongBuilder::songBars (300, 174), 216);
+    EXPECT_EQ (SongBuilder::songBars (0, 0), 16);
+    EXPECT_EQ (SongBuilder::songBars (100000, 300), 384);
+    EXPECT_EQ (SongBuilder::songBars (2147483647, 2147483647), 384);
+
+    EXPECT_EQ (SongBuilder::durationSeconds (Genre::dub, 0), 270);
+    EXPECT_EQ (SongBuilder::durationSeconds (Genre::dub, 6), 300);
+    EXPECT_EQ (SongBuilder::durationSeconds (static_cast<Genre> (9), 0), 210);
+
+    EXPECT_EQ (SongBuilder::buildSong ({}, 0, 0).totalBars, 80u); // the genre's own length
+}
+
+TEST (SongArrangement, FlattensInOrderOfTime)
+{
+    const auto song = SongBuilder::buildSong ({}, 64, 0);
+    const auto hits = flatten (song);
+
+    std::size_t index = 0;
+
+    for (const auto& section : song.sections)
+        for (const auto& hit : section.pattern.hits)
+        {
+            ASSERT_LT (index, hits.size());
+            EXPECT_EQ (hits[index].start, hit.start + section.startBar * 4.0);
+            EXPECT_EQ (hits[index++].note, hit.note);
+        }
+
+    EXPECT_EQ (index, hits.size());
+    EXPECT_TRUE (std::is_sorted (hits.begin(), hits.end(), [] (const auto& a, const auto& b) { return a.start < b.start; }));
+}
+
+} // namespace pulsewright

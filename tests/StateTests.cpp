@@ -1,0 +1,208 @@
+// SPDX-FileCopyrightText: 2026 Tolm
+// SPDX-License-Identifier: AGPL-3.0-only
+
+#include "processor/PulsewrightAudioProcessor.h"
+
+#include "generation/SongBuilder.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace pulsewright
+{
+
+namespace
+{
+    juce::MemoryBlock saved (PulsewrightAudioProcessor& processor)
+    {
+        juce::MemoryBlock state;
+        processor.getStateInformation (state);
+        return state;
+    }
+
+    void restore (PulsewrightAudioProcessor& processor, const juce::MemoryBlock& state)
+    {
+        processor.setStateInformation (state.getData(), static_cast<int> (state.getSize()));
+    }
+
+    /** A text in the binary frame that states have: a magic number, the length, the text, a zero. */
+    juce::MemoryBlock framed (const juce::String& text)
+    {
+        juce::MemoryOutputStream stream;
+        stream.writeInt (0x21324356);
+        stream.writeInt (static_cast<int> (text.getNumBytesAsUTF8()));
+        stream.write (text.toRawUTF8(), text.getNumBytesAsUTF8() + 1);
+        return stream.getMemoryBlock();
+    }
+
+    juce::String parameter (const char* id, const juce::String& value)
+    {
+        return "<PARAM id=\"" + juce::String (id) + "\" value=\"" + value + "\"/>";
+    }
+
+    juce::String state (const juce::String& attributes, const juce::String& children = {})
+    {
+        return "<?xml version=\"1.0\" encoding=\"UTF-8\"?> <PulsewrightState " + attributes + ">" + children + "</PulsewrightState>";
+    }
+
+    void shake (PulsewrightAudioProcessor& processor)
+    {
+        int i = 0;
+        for (auto* p : processor.getParameters())
+            p->setValueNotifyingHost (0.05f + 0.05f * static_cast<float> (++i));
+
+        processor.setLaneLocked (2, true);
+        processor.generatePattern (SectionType::fill);
+        processor.buildSong();
+        processor.mutatePattern();
+    }
+} // namespace
+
+TEST (State, BringsBackSettingsLocksAndCounter)
+{
+    PulsewrightAudioProcessor original;
+    shake (original);
+    const auto state = saved (original);
+
+    PulsewrightAudioProcessor copy;
+    copy.setLaneLocked (0, true);
+    restore (copy, state);
+
+    for (int i = 0; i < 18; ++i)
+        EXPECT_FLOAT_EQ (copy.getParameters()[i]->getValue(), original.getParameters()[i]->getValue()) << i;
+
+    for (int lane = 0; lane < 4; ++lane)
+        EXPECT_EQ (copy.isLaneLocked (lane), lane == 2);
+
+    EXPECT_EQ (copy.getSeedCounter(), 4u);
+    EXPECT_EQ (saved (copy), state);
+
+    // The music is that of the counter, always as a two-bar verse, and a restore takes no counter.
+    const ParameterReader values (copy.parameters);
+    GenerationSettings settings;
+    settings.genre = values.genre();
+    settings.setValues (values.settingsValues());
+    settings.seed = PulsewrightAudioProcessor::saltOf (4);
+
+    for (int again = 0; again < 2; ++again)
+    {
+        EXPECT_EQ (copy.getPattern(), GrooveGenerator::generate (settings, SectionType::verse, 2, 0));
+        EXPECT_EQ (copy.getSong(), SongBuilder::buildSong (settings, copy.getSongBarCount (copy.getEffectiveBpm()), values.songStructure()));
+        restore (copy, state);
+    }
+}
+
+TEST (State, CountersAreReadModulo32Bits)
+{
+    // clang-format off
+    const std::vector<std::pair<juce::String, std::uint32_t>> counters {
+        { "seedCounter=\"7\"", 7 }, { "seedCounter=\"4294967295\"", 4294967295u }, { "seedCounter=\"-1\"", 4294967295u },
+        { "seedCounter=\"4294967298\"", 2 }, { "seedCounter=\"-2147483648\"", 2147483648u }, { "seedCounter=\"many\"", 0 }, { "", 1 } };
+    // clang-format on
+
+    for (const auto& [attribute, expected] : counters)
+    {
+        PulsewrightAudioProcessor processor;
+        restore (processor, framed (state (attribute)));
+        EXPECT_EQ (processor.getSeedCounter(), expected) << attribute;
+
+        PulsewrightAudioProcessor copy;
+        restore (copy, saved (processor));
+        EXPECT_EQ (copy.getSeedCounter(), expected) << attribute;
+    }
+}
+
+TEST (State, WhatIsNotOursChangesNothing)
+{
+    PulsewrightAudioProcessor processor;
+    shake (processor);
+    const auto before  = saved (processor);
+    const auto pattern = processor.getPattern();
+    const auto changes = processor.getChangeCounter();
+
+    const auto nested    = juce::String::repeatedString ("<a>", 20000);
+    const auto nestedIn  = [&] (const juce::String& opening) { return juce::String::repeatedString (opening, 8000); };
+    auto wrongLength     = before;
+    wrongLength[4]       = static_cast<char> (-1);
+    wrongLength[7]       = static_cast<char> (-1);
+
+    const std::vector<juce::MemoryBlock> badStates {
+        {},
+        juce::MemoryBlock (before.getData(), 8),
+        juce::MemoryBlock (before.getData(), before.getSize() / 2),
+        juce::MemoryBlock ("garbage that is no state at all", 31),
+        wrongLength,
+        framed (""),
+        framed ("<SomebodyElse seedCounter=\"9\"/>"),
+        framed ("<pulsewrightstate seedCounter=\"9\"/>"),
+        framed ("<PulsewrightState seedCounter=\"9\""),
+        framed (state ("seedCounter=\"9\"").dropLastCharacters (5)),
+        framed (state ("", nested)),
+        framed (nested),
+        framed (nestedIn ("<a b='/>'>")), // closed only to a careless eye
+        framed (nestedIn ("<a b=\"</a>\">")),
+        framed ("<!DOCTYPE x [<!ENTITY a \"aaaa\"><!ENTITY b \"&a;&a;\">]>" + state ("seedCounter=\"9\"")),
+        framed (state ("", juce::String::repeatedString (parameter ("density", "1"), 100000))), // enormous
+    };
+
+    for (std::size_t i = 0; i < badStates.size(); ++i)
+    {
+        restore (processor, badStates[i]);
+        EXPECT_EQ (saved (processor), before) << "bad state " << i;
+    }
+
+    processor.setStateInformation (nullptr, 100);
+    processor.setStateInformation (before.getData(), -1);
+    processor.setStateInformation (before.getData(), std::numeric_limits<int>::min());
+    EXPECT_EQ (saved (processor), before);
+    EXPECT_EQ (processor.getPattern(), pattern);
+    EXPECT_EQ (processor.getChangeCounter(), changes);
+}
+
+TEST (State, EveryValueEndsInsideItsRange)
+{
+    // clang-format off
+    const std::vector<std::pair<juce::String, float>> densities {
+        { "0.25", 0.25f }, { "1.7", 1.0f }, { "-3", 0.0f }, { "nan", 0.0f }, { "loud", 0.0f }, { "", 0.0f }, { "1e999", 1.0f }, { "-inf", 0.0f } };
+    // clang-format on
+
+    for (const auto& [text, expected] : densities)
+    {
+        PulsewrightAudioProcessor processor;
+        restore (processor, framed (state ("lock1=\"1\" lock3=\"yes please\" newer=\"thing\"",
+                                           parameter ("density", text) + parameter ("genre", "99") + parameter ("tomorrow", "5") + "<Other/>")));
+
+        EXPECT_FLOAT_EQ (processor.parameters.getRawParameterValue ("density")->load(), expected) << text;
+        EXPECT_EQ (processor.parameters.getRawParameterValue ("genre")->load(), 6.0f);
+        EXPECT_TRUE (processor.isLaneLocked (1));
+        EXPECT_FALSE (processor.isLaneLocked (3));
+
+        // What the state does not name has its default, and is written out the next time.
+        EXPECT_FLOAT_EQ (processor.parameters.getRawParameterValue ("energy")->load(), 0.58f);
+        const auto xml = juce::AudioProcessor::getXmlFromBinary (saved (processor).getData(), static_cast<int> (saved (processor).getSize()));
+        ASSERT_NE (xml, nullptr);
+
+        for (auto* p : processor.getParameters())
+        {
+            const auto* ranged = dynamic_cast<juce::RangedAudioParameter*> (p);
+            const auto* child  = xml->getChildByAttribute ("id", ranged->paramID);
+            ASSERT_NE (child, nullptr) << ranged->paramID;
+            EXPECT_NEAR (child->getDoubleAttribute ("value", -1.0), processor.parameters.getRawParameterValue (ranged->paramID)->load(), 1e-6) << ranged->paramID;
+        }
+    }
+}
+
+TEST (State, AParameterThatTheStateLacksGetsItsDefault)
+{
+    PulsewrightAudioProcessor processor;
+    shake (processor);
+    restore (processor, framed (state ("seedCounter=\"3\"", "<PARAM id=\"swing\"/>")));
+
+    for (auto* p : processor.getParameters())
+        EXPECT_FLOAT_EQ (p->getValue(), p->getDefaultValue()) << p->getName (100);
+
+    EXPECT_FALSE (processor.isLaneLocked (2));
+}
+
+} // namespace pulsewright

@@ -1,0 +1,96 @@
+// SPDX-FileCopyrightText: 2026 Tolm
+// SPDX-License-Identifier: AGPL-3.0-only
+
+#include "OfflineHost.h"
+
+#include <stdexcept>
+
+namespace pulsewright
+{
+
+class OfflineHost::PlayHead final : public juce::AudioPlayHead
+{
+public:
+    juce::Optional<PositionInfo> getPosition() const override { return info; }
+
+    void moveTo (const Transport& transport, std::int64_t samples)
+    {
+        info = PositionInfo();
+        info.setIsPlaying (transport.isPlaying);
+        info.setTimeInSamples (samples);
+        info.setTimeSignature (TimeSignature { 4, 4 });
+
+        if (transport.ppq)
+            info.setPpqPosition (*transport.ppq);
+
+        if (transport.bpm)
+            info.setBpm (*transport.bpm);
+    }
+
+private:
+    PositionInfo info;
+};
+
+OfflineHost::OfflineHost (const juce::File& bundle, double sampleRate, int largestBlock) : playHead (std::make_unique<PlayHead>())
+{
+    juce::VST3PluginFormat format;
+    juce::OwnedArray<juce::PluginDescription> found;
+    format.findAllTypesForFile (found, bundle.getFullPathName());
+
+    if (found.isEmpty())
+        throw std::runtime_error ("No plug-in found in " + bundle.getFullPathName().toStdString());
+
+    juce::AudioPluginFormatManager formats;
+    formats.addFormat (new juce::VST3PluginFormat);
+
+    juce::String error;
+    instance = formats.createPluginInstance (*found.getFirst(), sampleRate, largestBlock, error);
+
+    if (instance == nullptr)
+        throw std::runtime_error ("The plug-in does not load: " + error.toStdString());
+
+    instance->enableAllBuses();
+    instance->setNonRealtime (true);
+    instance->setPlayHead (playHead.get());
+    instance->prepareToPlay (sampleRate, largestBlock);
+    midi.ensureSize (4096);
+}
+
+OfflineHost::~OfflineHost()
+{
+    instance->releaseResources();
+    instance->setPlayHead (nullptr);
+}
+
+void OfflineHost::process (const Transport& transport, int numSamples, const juce::MidiBuffer& incoming)
+{
+    playHead->moveTo (transport, samplesPlayed);
+    audio.setSize (2, numSamples, false, false, true);
+    audio.clear();
+    midi = incoming;
+
+    instance->processBlock (audio, midi);
+
+    for (const auto message : midi)
+        recorded.push_back ({ samplesPlayed + message.samplePosition, message.getMessage() });
+
+    samplesPlayed += numSamples;
+}
+
+void OfflineHost::forgetRecordedMidi()
+{
+    recorded.clear();
+    samplesPlayed = 0;
+}
+
+void OfflineHost::setParameter (const juce::String& id, float normalisedValue)
+{
+    for (auto* parameter : instance->getParameters())
+        if (auto* hosted = dynamic_cast<juce::HostedAudioProcessorParameter*> (parameter))
+            if (hosted->getParameterID() == juce::String (id.hashCode() & 0x7fffffff))
+                return parameter->setValueNotifyingHost (normalisedValue);
+
+    throw std::invalid_argument ("The plug-in has no parameter " + id.toStdString());
+}
+
+} // namespace pulsewright

@@ -1,0 +1,145 @@
+// SPDX-FileCopyrightText: 2026 Tolm
+// SPDX-License-Identifier: AGPL-3.0-only
+
+// Plays the song of a fresh instance through the built bundle and leaves it as song.wav and song.mid.
+
+#include "OfflineHost.h"
+#include "Progress.h"
+
+#include "export/MidiFileWriter.h"
+#include "processor/PulsewrightAudioProcessor.h"
+
+#include <juce_audio_formats/juce_audio_formats.h>
+
+#include <cmath>
+#include <cstdio>
+#include <stdexcept>
+
+namespace pulsewright
+{
+
+namespace
+{
+    constexpr double sampleRate  = 48000.0;
+    constexpr int blockSize      = 512;
+    constexpr double tailSeconds = 1.0;
+
+    struct Recording
+    {
+        juce::AudioBuffer<float> audio;
+        int numNotes = 0;
+    };
+
+    Recording play (OfflineHost& host, const SongArrangement& song, double tempoBpm)
+    {
+        const double beatsPerSample = tempoBpm / (sampleRate * 60.0);
+        const auto musicSamples     = static_cast<int> (std::ceil (song.lengthInBeats() / beatsPerSample));
+        const auto totalSamples     = musicSamples + static_cast<int> (tailSeconds * sampleRate);
+
+        Recording recording;
+        recording.audio.setSize (2, totalSamples);
+        Progress progress ("Playing the song");
+
+        for (int position = 0; position < totalSamples; position += blockSize)
+        {
+            const auto numSamples = std::min (blockSize, totalSamples - position);
+            host.process ({ .ppq = position * beatsPerSample, .bpm = tempoBpm }, numSamples);
+
+            for (int channel = 0; channel < 2; ++channel)
+                recording.audio.copyFrom (channel, position, host.lastAudio(), channel, 0, numSamples);
+
+            progress.show (static_cast<double> (position) / totalSamples);
+        }
+
+        for (const auto& recorded : host.recordedMidi())
+            recording.numNotes += recorded.message.isNoteOn() ? 1 : 0;
+
+        return recording;
+    }
+
+    void writeWav (const juce::File& file, const juce::AudioBuffer<float>& audio)
+    {
+        file.deleteFile();
+        auto stream = file.createOutputStream();
+
+        if (stream == nullptr)
+            throw std::runtime_error ("Could not open " + file.getFullPathName().toStdString() + " for writing");
+
+        constexpr int bits = 32; // float
+        std::unique_ptr<juce::AudioFormatWriter> writer (juce::WavAudioFormat().createWriterFor (stream.get(), sampleRate, 2, bits, {}, 0));
+        stream.release();
+
+        if (writer == nullptr || ! writer->writeFromAudioSampleBuffer (audio, 0, audio.getNumSamples()) || ! writer->flush())
+            throw std::runtime_error ("Could not write " + file.getFullPathName().toStdString());
+    }
+
+    void run (const juce::File& bundle, const juce::File& folder)
+    {
+        // What a fresh instance is about to play: the one in the bundle does not hand out its song.
+        const PulsewrightAudioProcessor fresh;
+        const auto song  = fresh.getSong();
+        const auto tempo = fresh.getEffectiveBpm();
+
+        OfflineHost host (bundle, sampleRate, blockSize);
+        host.setParameter ("play_mode", 1.0f);
+
+        const auto startTime = juce::Time::getMillisecondCounterHiRes();
+        const auto recording = play (host, song, tempo);
+        const auto seconds   = (juce::Time::getMillisecondCounterHiRes() - startTime) / 1000.0;
+
+        const auto expectedNotes = static_cast<int> (flatten (song).size());
+
+        if (recording.numNotes != expectedNotes)
+            throw std::runtime_error ("The bundle played " + std::to_string (recording.numNotes) + " notes where the song has "
+                                      + std::to_string (expectedNotes));
+
+        if (const auto result = folder.createDirectory(); result.failed())
+            throw std::runtime_error (result.getErrorMessage().toStdString());
+
+        const auto wav  = folder.getChildFile ("song.wav");
+        const auto midi = folder.getChildFile ("song.mid");
+        writeWav (wav, recording.audio);
+
+        std::string error;
+        if (! MidiFileWriter::saveSongToMidiFile (midi.getFullPathName().toStdString(), song, tempo, &error))
+            throw std::runtime_error (error);
+
+        const auto length = recording.audio.getNumSamples() / sampleRate;
+
+        std::printf ("Played %s at %d BPM: %d notes, %d:%04.1f, peak %.2f, rendered in %.1f s (%.0f times real time) -> %s, %s\n",
+                     song.name.c_str(),
+                     tempo,
+                     recording.numNotes,
+                     static_cast<int> (length) / 60,
+                     std::fmod (length, 60.0),
+                     static_cast<double> (recording.audio.getMagnitude (0, recording.audio.getNumSamples())),
+                     seconds,
+                     length / seconds,
+                     wav.getRelativePathFrom (juce::File::getCurrentWorkingDirectory()).toRawUTF8(),
+                     midi.getRelativePathFrom (juce::File::getCurrentWorkingDirectory()).toRawUTF8());
+    }
+} // namespace
+
+} // namespace pulsewright
+
+int main (int argc, char* argv[])
+{
+    if (argc != 3)
+    {
+        std::fprintf (stderr, "usage: %s BUNDLE.vst3 FOLDER\n", argv[0]);
+        return 2;
+    }
+
+    const juce::ScopedJuceInitialiser_GUI juceIsUp;
+    const auto here = juce::File::getCurrentWorkingDirectory();
+
+    try
+    {
+        pulsewright::run (here.getChildFile (juce::String::fromUTF8 (argv[1])), here.getChildFile (juce::String::fromUTF8 (argv[2])));
+    }
+    catch (const std::exception& failure)
+    {
+        std::fprintf (stderr, "%s\n", failure.what());
+        return 1;
+    }
+}
