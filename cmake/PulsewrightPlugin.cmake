@@ -25,6 +25,7 @@ target_sources (Pulsewright PRIVATE
     source/processor/DrumVoice.h
     source/processor/Parameters.cpp
     source/processor/Parameters.h
+    source/processor/PercentRange.h
     source/processor/PulsewrightAudioProcessor.cpp
     source/processor/PulsewrightAudioProcessor.h
     source/processor/PulsewrightState.cpp

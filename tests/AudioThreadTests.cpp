@@ -85,7 +85,9 @@ TEST (AudioThread, NeitherAllocatesNorFreesNorLocks)
                     case 5: processor.selectSection (static_cast<int> (dice() % 9)); break;
                     case 6: processor.setLaneLocked (static_cast<int> (dice() % 4), dice() % 2 == 0); break;
                     case 7: dice() % 2 == 0 ? static_cast<void> (processor.startPreview()) : processor.stopPreview(); break;
-                    case 8: processor.getParameters()[static_cast<int> (dice() % 18)]->setValueNotifyingHost (static_cast<float> (dice() % 100) / 99.0f); break;
+                    case 8:
+                        processor.getParameters()[static_cast<int> (dice() % 18)]->setValueNotifyingHost (static_cast<float> (dice() % 100) / 99.0f);
+                        break;
                     case 9:
                         processor.getStateInformation (saved);
                         processor.setStateInformation (saved.getData(), static_cast<int> (saved.getSize()));

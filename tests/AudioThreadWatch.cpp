@@ -16,7 +16,7 @@ namespace
     thread_local bool isWatched = false;
     thread_local AudioThreadWatch::Counts watchedCounts;
 
-    void count (long AudioThreadWatch::Counts::* what) noexcept
+    void count (long AudioThreadWatch::Counts::*what) noexcept
     {
         if (isWatched)
             ++(watchedCounts.*what);
@@ -92,7 +92,7 @@ extern "C"
 
     __attribute__ ((visibility ("default"))) int pthread_mutex_lock (pthread_mutex_t* mutex) noexcept
     {
-        using Lock           = int (*) (pthread_mutex_t*);
+        using Lock             = int (*) (pthread_mutex_t*);
         static const auto real = reinterpret_cast<Lock> (dlsym (RTLD_NEXT, "pthread_mutex_lock"));
 
         pulsewright::count (&AudioThreadWatch::Counts::locks);

@@ -1,1 +1,282 @@
+// SPDX-FileCopyrightText: 2026 Tolm
+// SPDX-License-Identifier: AGPL-3.0-only
+
+// The built VST3 bundle, as a host sees, plays and saves it.
+
+#include "OfflineHost.h"
+#include "PlainEvents.h"
+#include "StateBytes.h"
+
+#include "processor/PulsewrightAudioProcessor.h"
+
 #include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace pulsewright
+{
+
+namespace
+{
+    constexpr double rate     = 48000.0;
+    constexpr double tempo    = 137.3;
+    constexpr double beatStep = tempo / (rate * 60.0);
+
+    OfflineHost loadBundle()
+    {
+        return OfflineHost (juce::File (PULSEWRIGHT_TEST_BUNDLE), rate, 8192);
+    }
+
+    struct PlayedNote
+    {
+        std::int64_t sample;
+        int status, note, velocity;
+        bool operator== (const PlayedNote&) const = default;
+    };
+
+    std::ostream& operator<< (std::ostream& out, const PlayedNote& n)
+    {
+        return out << n.sample << ":" << std::hex << n.status << std::dec << "/" << n.note << "/" << n.velocity;
+    }
+
+    std::vector<PlayedNote> playedBy (const OfflineHost& host)
+    {
+        std::vector<PlayedNote> notes;
+
+        for (const auto& [sample, message] : host.recordedMidi())
+        {
+            const auto* bytes = message.getRawData();
+            notes.push_back ({ sample, bytes[0], bytes[1], bytes[2] });
+        }
+
+        return notes;
+    }
+
+    /** Plays a journey through the music block by block, in the bundle and by the plain rule. */
+    class Journey
+    {
+    public:
+        explicit Journey (OfflineHost& h) : host (h) { host.forgetRecordedMidi(); }
+
+        /** @param music  what the plain rule expects to be played; nothing if empty */
+        void play (const std::shared_ptr<const PlaybackData>& music,
+                   Repeat repeat,
+                   double fromBeat,
+                   double beats,
+                   BlockSizes sizes,
+                   const juce::MidiBuffer& first = {})
+        {
+            const auto numSamples = static_cast<std::int64_t> (beats / beatStep);
+            auto incoming         = first;
+
+            for (std::int64_t position = 0; position < numSamples;)
+            {
+                const auto size  = static_cast<int> (std::min<std::int64_t> (sizes.next(), numSamples - position));
+                const auto start = fromBeat + static_cast<double> (position) * beatStep;
+                host.process ({ .ppq = start, .bpm = tempo }, size, incoming);
+
+                if (music != nullptr)
+                {
+                    auto events = plainEventsOf (*music, repeat, windowAt (start, tempo, rate, size));
+                    std::stable_sort (events.begin(), events.end(), [] (auto& a, auto& b) { return a.sampleOffset < b.sampleOffset; });
+
+                    for (const auto& event : events)
+                        expected.push_back ({ total + event.sampleOffset, event.status, event.note, event.velocity });
+                }
+
+                position += size;
+                total += size;
+                incoming.clear();
+            }
+        }
+
+        std::vector<PlayedNote> expected;
+
+    private:
+        OfflineHost& host;
+        std::int64_t total = 0;
+    };
+
+    std::shared_ptr<const PlaybackData> playable (const DrumPattern& pattern)
+    {
+        return makePlaybackData (pattern.hits, pattern.lengthInBeats());
+    }
+
+    juce::MidiBuffer trigger (int slot)
+    {
+        juce::MidiBuffer midi;
+        midi.addEvent (juce::MidiMessage::noteOn (1, 60 + slot, 0.8f), 0);
+        return midi;
+    }
+
+    /** A host's save with these bytes in the place of the plug-in's own. */
+    juce::MemoryBlock hostStateWith (juce::MemoryBlock pluginBytes)
+    {
+        // The wrapper's own trailer, well-formed and empty: eight zero bytes, its length, its name.
+        juce::MemoryOutputStream trailer;
+        trailer.writeInt64 (0);
+        trailer.writeInt64 (0);
+        trailer.write ("JUCEPrivateData", 15);
+        pluginBytes.append (trailer.getData(), trailer.getDataSize());
+
+        juce::XmlElement xml ("VST3PluginState");
+        xml.createNewChildElement ("IComponent")->addTextElement (pluginBytes.toBase64Encoding());
+        juce::MemoryBlock state;
+        juce::AudioProcessor::copyXmlToBinary (xml, state);
+        return state;
+    }
+} // namespace
+
+TEST (Bundle, ShowsTheParametersInOrder)
+{
+    auto host = loadBundle();
+    PulsewrightAudioProcessor reference;
+    const auto& hosted   = host.plugin().getParameters();
+    const auto& expected = reference.getParameters();
+
+    ASSERT_GE (hosted.size(), expected.size());
+
+    for (int i = 0; i < expected.size(); ++i)
+    {
+        SCOPED_TRACE (expected[i]->getName (100));
+        EXPECT_EQ (hosted[i]->getName (100), expected[i]->getName (100));
+        EXPECT_EQ (hosted[i]->getLabel(), expected[i]->getLabel());
+        EXPECT_FLOAT_EQ (hosted[i]->getValue(), expected[i]->getDefaultValue());
+        EXPECT_FLOAT_EQ (hosted[i]->getDefaultValue(), expected[i]->getDefaultValue());
+        EXPECT_EQ (hosted[i]->isDiscrete(), expected[i]->isDiscrete());
+        EXPECT_TRUE (hosted[i]->isAutomatable());
+
+        EXPECT_EQ (hosted[i]->getNumSteps(), expected[i]->getNumSteps());
+
+        for (const float value : { 0.0f, 0.125f, 0.375f, 0.48f, 5.0f / 6.0f, 1.0f })
+            EXPECT_EQ (hosted[i]->getText (value, 128), expected[i]->getText (value, 128)) << value;
+    }
+
+    const auto description = host.plugin().getPluginDescription();
+    EXPECT_EQ (description.name, "Pulsewright");
+    EXPECT_EQ (description.manufacturerName, "Tolm");
+    EXPECT_EQ (description.version, "0.3.3");
+    EXPECT_EQ (description.category, "Instrument|Synth");
+    EXPECT_TRUE (description.isInstrument);
+    EXPECT_EQ (description.numInputChannels, 0);
+    EXPECT_EQ (description.numOutputChannels, 2);
+    EXPECT_TRUE (host.plugin().supportsDoublePrecisionProcessing());
+    EXPECT_TRUE (host.plugin().acceptsMidi() && host.plugin().producesMidi());
+    EXPECT_EQ (host.plugin().getTailLengthSeconds(), 1.0);
+    EXPECT_EQ (host.plugin().getNameForMidiNoteNumber (36, 1), juce::String ("Kick"));
+    EXPECT_EQ (host.plugin().getNameForMidiNoteNumber (60, 1), juce::String ("Section 1"));
+}
+
+class BundlePlays : public testing::TestWithParam<int>
+{};
+
+TEST_P (BundlePlays, EveryEventAtItsSample)
+{
+    const BlockSizes sizes { GetParam() };
+    const PulsewrightAudioProcessor reference;
+    const auto pattern = playable (reference.getPattern());
+    const auto song    = makePlaybackData (flatten (reference.getSong()), reference.getSong().lengthInBeats());
+    const auto section = [&] (std::size_t i) { return playable (reference.getSong().sections[i].pattern); };
+
+    auto host = loadBundle();
+    Journey journey (host);
+
+    // A single sample a block is slow: a shorter way, over the same ground.
+    const double beats = GetParam() == 1 ? 2.0 : 20.0;
+
+    journey.play (pattern, Repeat::looped, 0.0, beats, sizes);
+    journey.play (pattern, Repeat::looped, 7.3, beats, sizes);       // a seek, and round the loop's end
+    journey.play (pattern, Repeat::looped, -3.3, beats, sizes);      // a count-in
+    journey.play (pattern, Repeat::looped, 1000007.9, beats, sizes); // far out
+    journey.play (section (2), Repeat::looped, 0.0, beats, sizes, trigger (2));
+    journey.play (section (7), Repeat::looped, 50.0, beats, sizes, trigger (7));
+
+    host.setParameter ("play_mode", 1.0f);
+    journey.play (song, Repeat::once, 0.0, beats, sizes, trigger (1));
+    journey.play (song, Repeat::once, 27.0 * 4.0 - 1.0, beats, sizes); // across two sections
+    journey.play (song, Repeat::once, 318.0, beats, sizes);            // over the end
+    journey.play (nullptr, Repeat::once, 400.0, beats, sizes);
+
+    host.setParameter ("play_mode", 0.0f);
+    journey.play (section (1), Repeat::looped, 8.0, beats, sizes); // chosen while the song played
+
+    EXPECT_GT (journey.expected.size(), 40u);
+    EXPECT_EQ (playedBy (host), journey.expected);
+}
+
+INSTANTIATE_TEST_SUITE_P (BlockSizes,
+                          BundlePlays,
+                          testing::Values (1, 32, 441, 512, 0),
+                          [] (const auto& test) { return test.param == 0 ? std::string ("Random") : "Of" + std::to_string (test.param); });
+
+TEST (Bundle, IsSilentAsMidiOnlyAndStillPlays)
+{
+    auto host = loadBundle();
+    host.setParameter ("sound_kit", 1.0f);
+    float loudest = 0.0f;
+
+    for (int block = 0; block < 100; ++block)
+    {
+        host.process ({ .ppq = block * 512 * beatStep, .bpm = tempo }, 512);
+        loudest = std::max (loudest, host.lastAudio().getMagnitude (0, 512));
+    }
+
+    EXPECT_EQ (loudest, 0.0f);
+    EXPECT_GT (host.recordedMidi().size(), 10u);
+}
+
+//==============================================================================
+TEST (Bundle, RestoresWhatItSaved)
+{
+    PulsewrightAudioProcessor source;
+    int i = 0;
+    for (auto* p : source.getParameters())
+        p->setValueNotifyingHost (0.05f * static_cast<float> (++i));
+    source.setLaneLocked (3, true);
+    source.generatePattern (SectionType::verse);
+    source.generatePattern (SectionType::verse);
+
+    // Through the bundle and back again: what comes out is what the processor would give.
+    auto host = loadBundle();
+    restore (host.plugin(), hostStateWith (saved (source)));
+    const auto first = saved (host.plugin());
+
+    PulsewrightAudioProcessor expected;
+    restore (expected, saved (source));
+    for (int p = 0; p < 18; ++p)
+        EXPECT_NEAR (host.plugin().getParameters()[p]->getValue(), expected.getParameters()[p]->getValue(), 1e-6) << p;
+
+    Journey journey (host);
+    host.setParameter ("play_mode", 0.0f);
+    journey.play (playable (expected.getPattern()), Repeat::looped, 0.0, 16.0, { 441 });
+    host.setParameter ("play_mode", 1.0f);
+    journey.play (makePlaybackData (flatten (expected.getSong()), expected.getSong().lengthInBeats()), Repeat::once, 0.0, 64.0, { 441 });
+    EXPECT_GT (journey.expected.size(), 50u);
+    EXPECT_EQ (playedBy (host), journey.expected);
+
+    // Saved, restored and saved again, the bytes are the same; and so they are in another instance.
+    auto other = loadBundle();
+    restore (other.plugin(), first);
+    EXPECT_EQ (saved (other.plugin()), first);
+    restore (other.plugin(), first);
+    EXPECT_EQ (saved (other.plugin()), first);
+}
+
+TEST (Bundle, BadStatesChangeNothing)
+{
+    PulsewrightAudioProcessor source;
+    source.generatePattern (SectionType::fill);
+    const auto good = saved (source);
+
+    auto host = loadBundle();
+    restore (host.plugin(), hostStateWith (good));
+    const auto before = saved (host.plugin());
+
+    for (const auto& [name, bad] : badStates (good))
+    {
+        restore (host.plugin(), hostStateWith (bad));
+        EXPECT_EQ (saved (host.plugin()), before) << name;
+    }
+}
+
+} // namespace pulsewright

@@ -59,11 +59,12 @@ struct NormaliseCase
     int bars;
     std::vector<DrumHit> before;
     std::vector<DrumHit> after;
+
+    friend std::ostream& operator<< (std::ostream& out, const NormaliseCase& c) { return out << c.name; }
 };
 
 class Normalise : public testing::TestWithParam<NormaliseCase>
-{
-};
+{};
 
 TEST_P (Normalise, KeepsTheHitsThatAreHeard)
 {

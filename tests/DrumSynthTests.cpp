@@ -103,7 +103,8 @@ TEST (DrumSynth, StartsAtTheSampleAndLeansToItsSide)
 {
     // Right against left: the same for notes in the middle, 1.18 to 0.82 for odd percussion, and the
     // other way round for even notes from 41 up.
-    const std::map<int, double> leanings { { 36, 1.0 }, { 38, 1.0 }, { 40, 1.0 }, { 42, 0.82 / 1.18 }, { 46, 0.82 / 1.18 }, { 45, 1.18 / 0.82 }, { 41, 1.18 / 0.82 }, { 39, 1.0 } };
+    const std::map<int, double> leanings { { 36, 1.0 },         { 38, 1.0 },         { 40, 1.0 },         { 42, 0.82 / 1.18 },
+                                           { 46, 0.82 / 1.18 }, { 45, 1.18 / 0.82 }, { 41, 1.18 / 0.82 }, { 39, 1.0 } };
 
     for (const auto& [note, leaning] : leanings)
     {

@@ -53,6 +53,12 @@ TEST (GrooveGenerator, PlaysTheReferenceMutations)
     }
 }
 
+TEST (GrooveGenerator, SaltsAreTheReferenceSalts)
+{
+    for (const auto& c : reference::readCases ("salts.json"))
+        EXPECT_EQ (saltOf (c.at ("counter")), c.at ("salt").get<std::uint32_t>());
+}
+
 TEST (GrooveGenerator, LockedLanesSurviveMutation)
 {
     const auto settings = everyControlAt (0.8f);
@@ -141,12 +147,10 @@ TEST (GrooveGenerator, EnergeticFillsHaveEightStrokes)
 
     // The eighth stroke is the snare of the list, on the snare's lane.
     const auto lastStrokes = countIn (fill, [] (const auto& hit) { return std::abs (std::fmod (hit.start, 4.0) - 3.8125) < 1e-9; });
-    const auto lastSnares  = countIn (fill,
-                                     [] (const auto& hit)
-                                     {
-                                         return std::abs (std::fmod (hit.start, 4.0) - 3.8125) < 1e-9 && hit.note == note::snare
-                                             && hit.lane == DrumLane::snare;
-                                     });
+    const auto lastSnares =
+        countIn (fill,
+                 [] (const auto& hit)
+                 { return std::abs (std::fmod (hit.start, 4.0) - 3.8125) < 1e-9 && hit.note == note::snare && hit.lane == DrumLane::snare; });
     EXPECT_GT (lastStrokes, 50);
     EXPECT_EQ (lastStrokes, lastSnares);
 }

@@ -58,11 +58,12 @@ struct TrackCase
     std::vector<DrumHit> hits;
     int bars;
     Bytes track;
+
+    friend std::ostream& operator<< (std::ostream& out, const TrackCase& c) { return out << c.name; }
 };
 
 class DrumTrack : public testing::TestWithParam<TrackCase>
-{
-};
+{};
 
 TEST_P (DrumTrack, HasTheseBytes)
 {

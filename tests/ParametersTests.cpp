@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Tolm
 // SPDX-License-Identifier: AGPL-3.0-only
 
+#include "processor/PercentRange.h"
 #include "processor/PulsewrightAudioProcessor.h"
 
 #include <gtest/gtest.h>
@@ -93,6 +94,19 @@ TEST (Parameters, PercentagesAreShownAndTypedAsWholeNumbers)
     EXPECT_FLOAT_EQ (density->getValueForText ("-3"), 0.0f);
 }
 
+TEST (Parameters, SettingsWithoutATreeLandOnTheSameSteps)
+{
+    PulsewrightAudioProcessor processor;
+    auto* parameter = processor.parameters.getParameter (parameterID::swing);
+
+    for (int i = -100; i <= 10100; ++i)
+    {
+        const auto value = static_cast<float> (i) / 10000.0f;
+        parameter->setValueNotifyingHost (parameter->convertTo0to1 (value));
+        ASSERT_EQ (processor.parameters.getRawParameterValue (parameterID::swing)->load(), snapPercent (value)) << value;
+    }
+}
+
 TEST (Parameters, EveryChoiceIsReadAsItself)
 {
     PulsewrightAudioProcessor processor;
@@ -141,7 +155,11 @@ TEST (Parameters, ValuesThatAreNoNumbersEndInsideTheRange)
     PulsewrightAudioProcessor processor;
 
     for (auto* parameter : processor.getParameters())
-        for (const float bad : { std::numeric_limits<float>::quiet_NaN(), std::numeric_limits<float>::infinity(), -std::numeric_limits<float>::infinity(), 7.0f, -7.0f })
+        for (const float bad : { std::numeric_limits<float>::quiet_NaN(),
+                                 std::numeric_limits<float>::infinity(),
+                                 -std::numeric_limits<float>::infinity(),
+                                 7.0f,
+                                 -7.0f })
         {
             parameter->setValueNotifyingHost (bad);
             SCOPED_TRACE (parameter->getName (100) + " " + juce::String (bad));

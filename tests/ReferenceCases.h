@@ -42,9 +42,18 @@ inline GenerationSettings settingsOf (const nlohmann::json& c)
     settings.seed  = c.at ("salt").get<std::uint32_t>();
 
     if (const auto values = c.find ("settings"); values != c.end())
-        settings.setValues ({ values->at ("density"), values->at ("energy"), values->at ("syncopation"), values->at ("swing"),
-                              values->at ("variation"), values->at ("experimental"), values->at ("timing"), values->at ("velocity"),
-                              values->at ("kick"), values->at ("snare"), values->at ("hats"), values->at ("perc") });
+        settings.setValues ({ values->at ("density"),
+                              values->at ("energy"),
+                              values->at ("syncopation"),
+                              values->at ("swing"),
+                              values->at ("variation"),
+                              values->at ("experimental"),
+                              values->at ("timing"),
+                              values->at ("velocity"),
+                              values->at ("kick"),
+                              values->at ("snare"),
+                              values->at ("hats"),
+                              values->at ("perc") });
 
     return settings;
 }

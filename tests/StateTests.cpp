@@ -1,6 +1,8 @@
 // SPDX-FileCopyrightText: 2026 Tolm
 // SPDX-License-Identifier: AGPL-3.0-only
 
+#include "StateBytes.h"
+
 #include "processor/PulsewrightAudioProcessor.h"
 
 #include "generation/SongBuilder.h"
@@ -14,38 +16,6 @@ namespace pulsewright
 
 namespace
 {
-    juce::MemoryBlock saved (PulsewrightAudioProcessor& processor)
-    {
-        juce::MemoryBlock state;
-        processor.getStateInformation (state);
-        return state;
-    }
-
-    void restore (PulsewrightAudioProcessor& processor, const juce::MemoryBlock& state)
-    {
-        processor.setStateInformation (state.getData(), static_cast<int> (state.getSize()));
-    }
-
-    /** A text in the binary frame that states have: a magic number, the length, the text, a zero. */
-    juce::MemoryBlock framed (const juce::String& text)
-    {
-        juce::MemoryOutputStream stream;
-        stream.writeInt (0x21324356);
-        stream.writeInt (static_cast<int> (text.getNumBytesAsUTF8()));
-        stream.write (text.toRawUTF8(), text.getNumBytesAsUTF8() + 1);
-        return stream.getMemoryBlock();
-    }
-
-    juce::String parameter (const char* id, const juce::String& value)
-    {
-        return "<PARAM id=\"" + juce::String (id) + "\" value=\"" + value + "\"/>";
-    }
-
-    juce::String state (const juce::String& attributes, const juce::String& children = {})
-    {
-        return "<?xml version=\"1.0\" encoding=\"UTF-8\"?> <PulsewrightState " + attributes + ">" + children + "</PulsewrightState>";
-    }
-
     void shake (PulsewrightAudioProcessor& processor)
     {
         int i = 0;
@@ -83,7 +53,7 @@ TEST (State, BringsBackSettingsLocksAndCounter)
     GenerationSettings settings;
     settings.genre = values.genre();
     settings.setValues (values.settingsValues());
-    settings.seed = PulsewrightAudioProcessor::saltOf (4);
+    settings.seed = saltOf (4);
 
     for (int again = 0; again < 2; ++again)
     {
@@ -104,7 +74,7 @@ TEST (State, CountersAreReadModulo32Bits)
     for (const auto& [attribute, expected] : counters)
     {
         PulsewrightAudioProcessor processor;
-        restore (processor, framed (state (attribute)));
+        restore (processor, framed (stateText (attribute)));
         EXPECT_EQ (processor.getSeedCounter(), expected) << attribute;
 
         PulsewrightAudioProcessor copy;
@@ -121,35 +91,10 @@ TEST (State, WhatIsNotOursChangesNothing)
     const auto pattern = processor.getPattern();
     const auto changes = processor.getChangeCounter();
 
-    const auto nested    = juce::String::repeatedString ("<a>", 20000);
-    const auto nestedIn  = [&] (const juce::String& opening) { return juce::String::repeatedString (opening, 8000); };
-    auto wrongLength     = before;
-    wrongLength[4]       = static_cast<char> (-1);
-    wrongLength[7]       = static_cast<char> (-1);
-
-    const std::vector<juce::MemoryBlock> badStates {
-        {},
-        juce::MemoryBlock (before.getData(), 8),
-        juce::MemoryBlock (before.getData(), before.getSize() / 2),
-        juce::MemoryBlock ("garbage that is no state at all", 31),
-        wrongLength,
-        framed (""),
-        framed ("<SomebodyElse seedCounter=\"9\"/>"),
-        framed ("<pulsewrightstate seedCounter=\"9\"/>"),
-        framed ("<PulsewrightState seedCounter=\"9\""),
-        framed (state ("seedCounter=\"9\"").dropLastCharacters (5)),
-        framed (state ("", nested)),
-        framed (nested),
-        framed (nestedIn ("<a b='/>'>")), // closed only to a careless eye
-        framed (nestedIn ("<a b=\"</a>\">")),
-        framed ("<!DOCTYPE x [<!ENTITY a \"aaaa\"><!ENTITY b \"&a;&a;\">]>" + state ("seedCounter=\"9\"")),
-        framed (state ("", juce::String::repeatedString (parameter ("density", "1"), 100000))), // enormous
-    };
-
-    for (std::size_t i = 0; i < badStates.size(); ++i)
+    for (const auto& [name, bad] : badStates (before))
     {
-        restore (processor, badStates[i]);
-        EXPECT_EQ (saved (processor), before) << "bad state " << i;
+        restore (processor, bad);
+        EXPECT_EQ (saved (processor), before) << name;
     }
 
     processor.setStateInformation (nullptr, 100);
@@ -170,8 +115,10 @@ TEST (State, EveryValueEndsInsideItsRange)
     for (const auto& [text, expected] : densities)
     {
         PulsewrightAudioProcessor processor;
-        restore (processor, framed (state ("lock1=\"1\" lock3=\"yes please\" newer=\"thing\"",
-                                           parameter ("density", text) + parameter ("genre", "99") + parameter ("tomorrow", "5") + "<Other/>")));
+        restore (processor,
+                 framed (stateText ("lock1=\"1\" lock3=\"yes please\" newer=\"thing\"",
+                                    parameterElement ("density", text) + parameterElement ("genre", "99") + parameterElement ("tomorrow", "5")
+                                        + "<Other/>")));
 
         EXPECT_FLOAT_EQ (processor.parameters.getRawParameterValue ("density")->load(), expected) << text;
         EXPECT_EQ (processor.parameters.getRawParameterValue ("genre")->load(), 6.0f);
@@ -188,7 +135,8 @@ TEST (State, EveryValueEndsInsideItsRange)
             const auto* ranged = dynamic_cast<juce::RangedAudioParameter*> (p);
             const auto* child  = xml->getChildByAttribute ("id", ranged->paramID);
             ASSERT_NE (child, nullptr) << ranged->paramID;
-            EXPECT_NEAR (child->getDoubleAttribute ("value", -1.0), processor.parameters.getRawParameterValue (ranged->paramID)->load(), 1e-6) << ranged->paramID;
+            EXPECT_NEAR (child->getDoubleAttribute ("value", -1.0), processor.parameters.getRawParameterValue (ranged->paramID)->load(), 1e-6)
+                << ranged->paramID;
         }
     }
 }
@@ -197,7 +145,7 @@ TEST (State, AParameterThatTheStateLacksGetsItsDefault)
 {
     PulsewrightAudioProcessor processor;
     shake (processor);
-    restore (processor, framed (state ("seedCounter=\"3\"", "<PARAM id=\"swing\"/>")));
+    restore (processor, framed (stateText ("seedCounter=\"3\"", "<PARAM id=\"swing\"/>")));
 
     for (auto* p : processor.getParameters())
         EXPECT_FLOAT_EQ (p->getValue(), p->getDefaultValue()) << p->getName (100);

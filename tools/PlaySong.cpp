@@ -5,11 +5,10 @@
 
 #include "OfflineHost.h"
 #include "Progress.h"
+#include "WavFile.h"
 
 #include "export/MidiFileWriter.h"
 #include "processor/PulsewrightAudioProcessor.h"
-
-#include <juce_audio_formats/juce_audio_formats.h>
 
 #include <cmath>
 #include <cstdio>
@@ -57,20 +56,13 @@ namespace
         return recording;
     }
 
-    void writeWav (const juce::File& file, const juce::AudioBuffer<float>& audio)
+    void writeWav (const juce::File& path, const juce::AudioBuffer<float>& audio)
     {
-        file.deleteFile();
-        auto stream = file.createOutputStream();
+        WavFile file (path.getFullPathName().toStdString(), sampleRate);
+        file.append (audio);
 
-        if (stream == nullptr)
-            throw std::runtime_error ("Could not open " + file.getFullPathName().toStdString() + " for writing");
-
-        constexpr int bits = 32; // float
-        std::unique_ptr<juce::AudioFormatWriter> writer (juce::WavAudioFormat().createWriterFor (stream.get(), sampleRate, 2, bits, {}, 0));
-        stream.release();
-
-        if (writer == nullptr || ! writer->writeFromAudioSampleBuffer (audio, 0, audio.getNumSamples()) || ! writer->flush())
-            throw std::runtime_error ("Could not write " + file.getFullPathName().toStdString());
+        if (! file.close())
+            throw std::runtime_error ("Could not write " + path.getFullPathName().toStdString());
     }
 
     void run (const juce::File& bundle, const juce::File& folder)

@@ -40,4 +40,11 @@ float GenerationSettings::probabilityOf (DrumLane lane) const noexcept
     return 0.0f;
 }
 
+std::uint32_t saltOf (std::uint32_t seedCounter) noexcept
+{
+    // Not the constant that mixes the seeds: takes and sections shall not fall on one another.
+    const std::uint32_t salt = GenerationSettings::defaultSalt - seedCounter * 0x61C8864Fu;
+    return salt != 0 ? salt : 1;
+}
+
 } // namespace pulsewright

@@ -51,4 +51,7 @@ struct GenerationSettings
     float probabilityOf (DrumLane lane) const noexcept;
 };
 
+/** The salt of a take: what the plug-in's seed counter means to the generator. Never 0. */
+std::uint32_t saltOf (std::uint32_t seedCounter) noexcept;
+
 } // namespace pulsewright

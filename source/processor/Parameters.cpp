@@ -3,6 +3,8 @@
 
 #include "Parameters.h"
 
+#include "PercentRange.h"
+
 #include "generation/SongBuilder.h"
 
 #include <cmath>
@@ -20,7 +22,7 @@ namespace
         PercentParameter (const char* id, const char* displayName, float defaultValue)
             : AudioParameterFloat (juce::ParameterID { id, 1 },
                                    displayName,
-                                   juce::NormalisableRange<float> (0.0f, 1.0f, 0.001f, 1.0f),
+                                   juce::NormalisableRange<float> (0.0f, 1.0f, percentInterval, 1.0f),
                                    defaultValue,
                                    juce::AudioParameterFloatAttributes()
                                        .withLabel ("%")

@@ -45,13 +45,6 @@ PulsewrightAudioProcessor::PulsewrightAudioProcessor()
 }
 
 //==============================================================================
-std::uint32_t PulsewrightAudioProcessor::saltOf (std::uint32_t counter) noexcept
-{
-    // Not the multiplier that mixes the seeds: takes and sections shall not fall on one another.
-    const std::uint32_t salt = GenerationSettings::defaultSalt - counter * 0x61C8864Fu;
-    return salt != 0 ? salt : 1;
-}
-
 void PulsewrightAudioProcessor::refreshSettings()
 {
     settings.genre = values.genre();

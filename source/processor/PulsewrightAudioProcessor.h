@@ -84,9 +84,6 @@ public:
     /** The number of the take that the next new pattern or song will be. */
     std::uint32_t getSeedCounter() const noexcept { return seedCounter.load(); }
 
-    /** The salt of a take: what the seed counter means to the generator. Never 0. */
-    static std::uint32_t saltOf (std::uint32_t seedCounter) noexcept;
-
     //==============================================================================
     void prepareToPlay (double newSampleRate, int blockSize) override;
     void releaseResources() override {}

@@ -1,0 +1,33 @@
+// SPDX-FileCopyrightText: 2026 Tolm
+// SPDX-License-Identifier: AGPL-3.0-only
+
+// What the tool makes of a pattern or a song: text for people, JSON for programs, sound.
+
+#pragma once
+
+#include "generation/SongArrangement.h"
+
+#include <filesystem>
+#include <string>
+
+namespace pulsewright::cli
+{
+
+/** A grid of four lanes and sixteenth columns, four bars a row, within 80 columns. */
+std::string gridText (const DrumPattern& pattern, int tempoBpm, bool inColour);
+
+/** A table of the sections, within 80 columns. */
+std::string tableText (const SongArrangement& song, int tempoBpm, bool inColour);
+
+/** Doubles are printed so that they read back to the same bits. */
+std::string jsonText (const DrumPattern& pattern);
+std::string jsonText (const SongArrangement& song);
+
+/** Plays the song once through the plug-in's own processor and writes it: 48 kHz, stereo, 32-bit float,
+    as long as the music and exactly one second more. Shows progress on a terminal.
+    @param kit  0 to 4
+    @throws WriteFailure
+*/
+void writeWav (const std::filesystem::path& target, const SongArrangement& song, int tempoBpm, int kit);
+
+} // namespace pulsewright::cli

@@ -1,0 +1,164 @@
+// SPDX-FileCopyrightText: 2026 Tolm
+// SPDX-License-Identifier: AGPL-3.0-only
+
+#include "Output.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+
+namespace pulsewright::cli
+{
+
+namespace
+{
+    constexpr int columnsPerBar = 16;
+    constexpr int barsPerRow    = 4;
+
+    constexpr std::array<const char*, laneCount> laneColours { "\033[33m", "\033[31m", "\033[36m", "\033[35m" };
+    constexpr const char* boldText  = "\033[1m";
+    constexpr const char* dimText   = "\033[2m";
+    constexpr const char* plainText = "\033[0m";
+
+    /** How a hit of this velocity is drawn: from a ghost to an accent. */
+    char symbolFor (std::uint32_t velocity) noexcept
+    {
+        return velocity < 55 ? '-' : velocity < 80 ? 'o' : velocity < 105 ? 'O' : '#';
+    }
+
+    std::string styled (const char* style, const std::string& text, bool inColour)
+    {
+        return inColour ? style + text + plainText : text;
+    }
+
+    template <typename... Values>
+    std::string printed (const char* format, Values... values)
+    {
+        std::array<char, 160> line {};
+        std::snprintf (line.data(), line.size(), format, values...);
+        return line.data();
+    }
+
+    /** One character a sixteenth, the loudest hit of each. */
+    std::string laneLine (const DrumPattern& pattern, DrumLane lane)
+    {
+        const auto columns = static_cast<std::size_t> (pattern.bars * columnsPerBar);
+        std::vector<std::uint32_t> loudest (columns, 0);
+
+        for (const auto& hit : pattern.hits)
+            if (hit.lane == lane)
+            {
+                auto& velocity = loudest[std::min (columns - 1, static_cast<std::size_t> (hit.start * 4.0 + 0.5))];
+                velocity       = std::max (velocity, hit.velocity);
+            }
+
+        std::string line;
+        for (const auto velocity : loudest)
+            line += velocity > 0 ? symbolFor (velocity) : '.';
+        return line;
+    }
+
+    std::string durationText (double beats, int tempoBpm)
+    {
+        const auto seconds = static_cast<int> (beats * 60.0 / std::clamp (tempoBpm, 30, 300) + 0.5);
+        return printed ("%d:%02d", seconds / 60, seconds % 60);
+    }
+
+    //==============================================================================
+    using Json = nlohmann::ordered_json;
+
+    Json toJson (const DrumPattern& pattern)
+    {
+        auto hits = Json::array();
+
+        for (const auto& hit : pattern.hits)
+            hits.push_back (
+                { { "start", hit.start }, { "length", hit.length }, { "note", hit.note }, { "velocity", hit.velocity }, { "lane", hit.lane } });
+
+        return { { "name", pattern.name },
+                 { "sectionType", pattern.sectionType },
+                 { "bars", pattern.bars },
+                 { "seed", pattern.seed },
+                 { "hits", std::move (hits) } };
+    }
+} // namespace
+
+std::string gridText (const DrumPattern& pattern, int tempoBpm, bool inColour)
+{
+    auto text = styled (boldText, pattern.name, inColour)
+              + printed ("\n%d bars, %zu notes, %d BPM, seed %u\n", pattern.bars, pattern.hits.size(), tempoBpm, pattern.seed);
+
+    std::array<std::string, laneCount> lines;
+    for (std::uint32_t lane = 0; lane < laneCount; ++lane)
+        lines[lane] = laneLine (pattern, static_cast<DrumLane> (lane));
+
+    for (int firstBar = 0; firstBar < pattern.bars; firstBar += barsPerRow)
+    {
+        const int endBar = std::min (pattern.bars, firstBar + barsPerRow);
+        auto header      = printed ("\n%5s ", "");
+
+        for (int bar = firstBar; bar < endBar; ++bar)
+            header += printed ("|%-16d", bar + 1);
+
+        text += styled (dimText, header, inColour) + "\n";
+
+        for (std::uint32_t lane = 0; lane < laneCount; ++lane)
+        {
+            text += printed ("%-5s ", std::string (nameOf (static_cast<DrumLane> (lane))).c_str());
+
+            for (int bar = firstBar; bar < endBar; ++bar)
+                text.append ("|").append (
+                    styled (laneColours[lane], lines[lane].substr (static_cast<std::size_t> (bar * columnsPerBar), columnsPerBar), inColour));
+
+            text += "|\n";
+        }
+    }
+
+    return text + styled (dimText, "\n      - ghost   o soft   O strong   # accent\n", inColour);
+}
+
+std::string tableText (const SongArrangement& song, int tempoBpm, bool inColour)
+{
+    auto text = styled (boldText, song.name, inColour)
+              + printed ("\n%s at %d BPM, seed %u\n\n", durationText (song.lengthInBeats(), tempoBpm).c_str(), tempoBpm, song.seed);
+
+    text += styled (dimText, printed (" %4s  %-12s  %-15s  %4s  %5s  %s", "bar", "section", "type", "bars", "notes", "notes a bar"), inColour) + "\n";
+
+    for (const auto& section : song.sections)
+    {
+        const auto& pattern  = section.pattern;
+        const auto perBar    = static_cast<double> (pattern.hits.size()) / pattern.bars;
+        const auto barLength = std::min<std::size_t> (20, static_cast<std::size_t> (perBar / 2.0 + 0.5));
+
+        text += printed (" %4u  %-12s  %-15s  %4d  %5zu  %4.1f ",
+                         section.startBar + 1,
+                         section.name.c_str(),
+                         std::string (nameOf (pattern.sectionType)).c_str(),
+                         pattern.bars,
+                         pattern.hits.size(),
+                         perBar)
+              + styled (laneColours[0], std::string (barLength, '='), inColour) + "\n";
+    }
+
+    return text;
+}
+
+std::string jsonText (const DrumPattern& pattern)
+{
+    return toJson (pattern).dump() + "\n";
+}
+
+std::string jsonText (const SongArrangement& song)
+{
+    auto sections = Json::array();
+
+    for (const auto& section : song.sections)
+        sections.push_back ({ { "name", section.name }, { "startBar", section.startBar }, { "pattern", toJson (section.pattern) } });
+
+    const Json json { { "name", song.name }, { "totalBars", song.totalBars }, { "seed", song.seed }, { "sections", std::move (sections) } };
+    return json.dump() + "\n";
+}
+
+} // namespace pulsewright::cli
