@@ -29,7 +29,24 @@ target_sources (Pulsewright PRIVATE
     source/processor/PulsewrightAudioProcessor.cpp
     source/processor/PulsewrightAudioProcessor.h
     source/processor/PulsewrightState.cpp
-    source/editor/CreateEditor.cpp)
+    source/export/MidiExport.cpp
+    source/export/MidiExport.h
+    source/editor/EditorConstruction.cpp
+    source/editor/EditorLayout.cpp
+    source/editor/EditorLayout.h
+    source/editor/MidiDragButton.cpp
+    source/editor/MidiDragButton.h
+    source/editor/Palette.h
+    source/editor/PatternGrid.cpp
+    source/editor/PatternGrid.h
+    source/editor/PercentSlider.cpp
+    source/editor/PercentSlider.h
+    source/editor/PulsewrightAudioProcessorEditor.cpp
+    source/editor/PulsewrightAudioProcessorEditor.h
+    source/editor/SaveDialog.cpp
+    source/editor/SaveDialog.h
+    source/editor/Theme.cpp
+    source/editor/Theme.h)
 
 # Warnings are for our files alone: the same target also compiles JUCE's modules.
 get_target_property (pulsewright_sources Pulsewright SOURCES)
@@ -40,7 +57,7 @@ set_source_files_properties (${pulsewright_sources} PROPERTIES
 target_compile_definitions (Pulsewright PUBLIC
     JUCE_DISPLAY_SPLASH_SCREEN=0
     JUCE_JACK=0
-    JUCE_MODAL_LOOPS_PERMITTED=0
+    JUCE_MODAL_LOOPS_PERMITTED=1 # tools and tests run the message loop for a while
     JUCE_PLUGINHOST_VST3=1 # for the offline host and the tests
     JUCE_REPORT_APP_USAGE=0
     JUCE_STRICT_REFCOUNTEDPOINTER=1

@@ -40,6 +40,8 @@ AudioThreadWatch::Counts AudioThreadWatch::counts() noexcept
 
 } // namespace pulsewright
 
+#if ! defined(__SANITIZE_ADDRESS__) && ! defined(__SANITIZE_THREAD__)
+
 //==============================================================================
 // The C library's own names for the functions that are replaced below.
 extern "C"
@@ -99,3 +101,5 @@ extern "C"
         return real (mutex);
     }
 }
+
+#endif

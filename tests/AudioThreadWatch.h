@@ -16,6 +16,13 @@ namespace pulsewright
 class AudioThreadWatch
 {
 public:
+    /** The sanitizers put their own functions in the same place; there nothing is counted. */
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    static constexpr bool isAvailable = false;
+#else
+    static constexpr bool isAvailable = true;
+#endif
+
     AudioThreadWatch();
     ~AudioThreadWatch();
 

@@ -197,8 +197,8 @@ TEST (Cli, BadWordsEndWithTheChoices)
 {
     // clang-format off
     const std::vector<std::pair<std::string, std::string>> badLines {
-        { "",                              "pattern or song" },
-        { "tune",                          "pattern or song" },
+        { "",                              "pattern, song and window" },
+        { "tune",                          "pattern, song and window" },
         { "pattern --genre polka",         "Drum & Bass" },
         { "pattern --genre ''",            "Drum & Bass" },
         { "pattern --genre nan",           "Drum & Bass" },
@@ -217,7 +217,8 @@ TEST (Cli, BadWordsEndWithTheChoices)
         { "pattern --colour red",          "--help" },
         { "pattern --bars",                "--bars" },
         { "song --structure rondo",        "Verse / Chorus" },
-        { "song --duration 3:15",          "3:30" }
+        { "song --duration 3:15",          "3:30" },
+        { "window",                        "--png" }
     };
     // clang-format on
 

@@ -58,7 +58,8 @@ void PulsewrightAudioProcessor::takeNextSalt()
 
 void PulsewrightAudioProcessor::buildSongFromSettings()
 {
-    song = SongBuilder::buildSong (settings, getSongBarCount (getEffectiveBpm()), values.songStructure());
+    songForm = chosenForm();
+    song     = SongBuilder::buildSong (settings, getSongBarCount (getEffectiveBpm()), songForm.structure);
 }
 
 template <typename Change>
@@ -233,6 +234,12 @@ SongArrangement PulsewrightAudioProcessor::getSong() const
     return song;
 }
 
+bool PulsewrightAudioProcessor::isSongAsChosen() const
+{
+    const juce::ScopedLock lock (dataLock);
+    return songForm == chosenForm();
+}
+
 //==============================================================================
 bool PulsewrightAudioProcessor::isLaneLocked (int lane) const noexcept
 {
@@ -268,6 +275,11 @@ int PulsewrightAudioProcessor::getEffectiveBpm() const noexcept
 int PulsewrightAudioProcessor::getSongBarCount (int bpm) const noexcept
 {
     return SongBuilder::songBars (SongBuilder::durationSeconds (values.genre(), values.songDuration()), bpm);
+}
+
+PulsewrightAudioProcessor::SongLength PulsewrightAudioProcessor::getChosenSongLength() const noexcept
+{
+    return { SongBuilder::durationSeconds (values.genre(), values.songDuration()), getSongBarCount (getEffectiveBpm()) };
 }
 
 std::optional<juce::String> PulsewrightAudioProcessor::getNameForMidiNoteNumber (int midiNote, int)

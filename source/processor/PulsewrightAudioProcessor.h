@@ -61,6 +61,9 @@ public:
     DrumPattern getPattern() const;
     SongArrangement getSong() const;
 
+    /** Whether the song is already one of the chosen genre, duration and structure. */
+    bool isSongAsChosen() const;
+
     //==============================================================================
     // Thread: any. Blocks: never.
 
@@ -78,8 +81,20 @@ public:
     /** The length in bars of a song of the chosen duration and genre. */
     int getSongBarCount (int bpm) const noexcept;
 
+    struct SongLength
+    {
+        int seconds, bars;
+    };
+
+    /** The length that the next song will have. */
+    SongLength getChosenSongLength() const noexcept;
+
     /** Counts the changes of pattern or song. Read it before copying them: then no change is missed. */
     std::uint32_t getChangeCounter() const noexcept { return changeCounter.load(); }
+
+    /** Counts the beginnings and the ends of restores; what parameters do in between is no one's choice. */
+    std::uint32_t getRestoreCount() const noexcept { return restoreCount.load(); }
+    bool isRestoring() const noexcept { return restoreCount.load() % 2 == 1; }
 
     /** The number of the take that the next new pattern or song will be. */
     std::uint32_t getSeedCounter() const noexcept { return seedCounter.load(); }
@@ -122,6 +137,15 @@ private:
     static constexpr int noSection            = -1;
     static constexpr std::int32_t openingBars = 2; ///< of the verse that a new or restored instance opens with
 
+    struct SongForm
+    {
+        Genre genre;
+        std::uint32_t duration, structure;
+        bool operator== (const SongForm&) const = default;
+    };
+
+    SongForm chosenForm() const noexcept { return { values.genre(), values.songDuration(), values.songStructure() }; }
+
     // Under the data lock.
     void refreshSettings();
     void takeNextSalt();
@@ -152,6 +176,7 @@ private:
     GenerationSettings settings;
     DrumPattern pattern;
     SongArrangement song;
+    SongForm songForm {};       // that the song was built to
     PlaybackSnapshot published; // the publisher's copy of what is current
 
     // both, atomic
@@ -159,6 +184,7 @@ private:
     std::array<std::atomic<bool>, laneCount> laneLocks {};
     std::atomic<std::uint32_t> seedCounter { 1 };
     std::atomic<std::uint32_t> changeCounter { 0 };
+    std::atomic<std::uint32_t> restoreCount { 0 };
     std::atomic<int> pendingSection { noSection }; // a section slot chosen by a trigger note
     std::atomic<double> lastHostTempo { 0.0 };     // BPM; 0 until one is seen
     PreviewTransport preview;

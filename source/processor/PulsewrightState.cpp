@@ -174,6 +174,8 @@ void PulsewrightAudioProcessor::setStateInformation (const void* data, int size)
     auto state = juce::ValueTree::fromXml (*xml);
     complete (state, parameters);
 
+    ++restoreCount;
+
     seedCounter = state.hasProperty (seedCounterProperty) ? counterFrom (state[seedCounterProperty].toString()) : 1u;
 
     for (std::size_t lane = 0; lane < laneLocks.size(); ++lane)
@@ -181,6 +183,8 @@ void PulsewrightAudioProcessor::setStateInformation (const void* data, int size)
 
     parameters.replaceState (state);
     rebuildFromCounter();
+
+    ++restoreCount;
 }
 
 void PulsewrightAudioProcessor::rebuildFromCounter()

@@ -36,7 +36,7 @@ namespace
     {
         Word genre, section, bars, seed, take, salt, mutate, lock, structure, duration, tempo, kit;
         std::array<Word, GenerationSettings::numValues> settings;
-        Word json, midi, wav;
+        Word json, midi, wav, png, width, height, scale;
     };
 
     // clang-format off
@@ -237,6 +237,19 @@ namespace
         give (words, song, tempo, kit, [&] { return tableText (song, tempo, isColourWanted()); });
     }
 
+    void makePicture (const Words& words)
+    {
+        const auto size = [] (const char* option) { return [option] (auto& t) { return std::clamp (integer (option, t), 1, 4000); }; };
+
+        WindowPicture picture;
+        picture.width  = read (words.width, picture.width, size ("--width"));
+        picture.height = read (words.height, picture.height, size ("--height"));
+        picture.scale  = read (words.scale, picture.scale, [] (auto& t) { return std::clamp (number ("--scale", t), 0.5, 4.0); });
+        picture.genre  = read (words.genre, picture.genre, [] (auto& t) { return indexOfNameOrNumber ("--genre", t, namesOf<Genre> (genreCount)); });
+        picture.take   = read (words.take, picture.take, [] (auto& t) { return integerModulo32 ("--take", t); });
+        writeWindowPicture (*words.png, picture);
+    }
+
     //==============================================================================
     void addCommonOptions (CLI::App& command, Words& words)
     {
@@ -288,23 +301,29 @@ namespace
         song->add_option ("--duration", words.duration, "genre (its average), 2:00, 2:30, 3:00, 3:30, 4:00 or 5:00 [genre]")->type_name ("TIME");
         song->add_option ("--bars", words.bars, "Length in bars, 16 to 384, instead of a duration")->type_name ("N");
 
+        auto* window = app.add_subcommand ("window", "Render the plug-in's window, without a display");
+        window->add_option ("--png", words.png, "Where to write the picture")->type_name ("FILE")->required();
+        window->add_option ("--width", words.width, "Width in pixels, 900 to 1500 in a host [1120]")->type_name ("W");
+        window->add_option ("--height", words.height, "Height, 720 to 1050 in a host [840]")->type_name ("H");
+        window->add_option ("--scale", words.scale, "Pixels a pixel, 0.5 to 4 [1]")->type_name ("X");
+        window->add_option ("--genre", words.genre, "Style, or its number: " + listed (namesOf<Genre> (genreCount)))->type_name ("NAME|N");
+        window->add_option ("--take", words.take, "The take that a project was saved at [1]")->type_name ("N");
+
         try
         {
             app.parse (argc, argv);
-            pattern->parsed() ? makePattern (words) : makeSong (words);
+            const auto& make = pattern->parsed() ? makePattern : song->parsed() ? makeSong : makePicture;
+            make (words);
             return 0;
         }
         catch (const CLI::Success& helpWanted)
         {
             return app.exit (helpWanted);
         }
-        catch (const CLI::RequiredError&)
-        {
-            return fail (badCommandLine, "say what to make: pattern or song (--help tells more)");
-        }
         catch (const CLI::ParseError& error)
         {
-            return fail (badCommandLine, std::string (error.what()) + " (the commands are pattern and song; --help after one lists its options)");
+            return fail (badCommandLine,
+                         std::string (error.what()) + " (the commands are pattern, song and window; --help after one lists its options)");
         }
         catch (const BadArgument& error)
         {

@@ -30,4 +30,16 @@ std::string jsonText (const SongArrangement& song);
 */
 void writeWav (const std::filesystem::path& target, const SongArrangement& song, int tempoBpm, int kit);
 
+/** What `window` renders. */
+struct WindowPicture
+{
+    int width = 0, height = 0; ///< pixels at scale 1; 0 for the size that the window opens at
+    float scale        = 1.0f;
+    int genre          = 0;
+    std::uint32_t take = 1;
+};
+
+/** Renders the plug-in's own editor, without a display, and writes it as a PNG. @throws WriteFailure */
+void writeWindowPicture (const std::filesystem::path& target, const WindowPicture& picture);
+
 } // namespace pulsewright::cli

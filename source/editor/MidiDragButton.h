@@ -1,0 +1,35 @@
+// SPDX-FileCopyrightText: 2026 Tolm
+// SPDX-License-Identifier: AGPL-3.0-only
+
+// A button that is dragged out of the window as a MIDI file.
+
+#pragma once
+
+#include <juce_gui_basics/juce_gui_basics.h>
+
+#include <functional>
+
+namespace pulsewright
+{
+
+class MidiDragButton final : public juce::TextButton
+{
+public:
+    /** @param provider  called once a drag; returns the file to drag, or none to drag nothing */
+    MidiDragButton (const juce::String& label, std::function<juce::File()> provider);
+
+    void mouseDown (const juce::MouseEvent& event) override;
+    void mouseDrag (const juce::MouseEvent& event) override;
+
+    /** Hands the file to the window system. Replaced in tests. */
+    std::function<void (const juce::File&)> startDrag;
+
+private:
+    std::function<juce::File()> fileProvider;
+    bool dragStarted = false;
+};
+
+/** A file's address as other programs understand it: blanks, per cent signs and what is not ASCII escaped. */
+juce::String fileUri (const juce::File& file);
+
+} // namespace pulsewright

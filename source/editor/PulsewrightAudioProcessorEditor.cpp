@@ -1,0 +1,332 @@
+// SPDX-FileCopyrightText: 2026 Tolm
+// SPDX-License-Identifier: AGPL-3.0-only
+
+// What the window does; EditorConstruction.cpp has what it is made of.
+
+#include "PulsewrightAudioProcessorEditor.h"
+
+#include "Palette.h"
+
+#include "export/MidiExport.h"
+#include "generation/SongBuilder.h"
+
+namespace pulsewright
+{
+
+namespace
+{
+    constexpr double restBeforeRegenerationMs = 100.0;
+
+    juce::String asText (const std::string& text)
+    {
+        return juce::String::fromUTF8 (text.data(), static_cast<int> (text.size()));
+    }
+
+    /** Section labels are ASCII; the locale has no say in their upper case. */
+    juce::String upperCased (std::string text)
+    {
+        for (auto& c : text)
+            if (c >= 'a' && c <= 'z')
+                c = static_cast<char> (c - 'a' + 'A');
+
+        return asText (text);
+    }
+} // namespace
+
+juce::AudioProcessorEditor* PulsewrightAudioProcessor::createEditor()
+{
+    return new PulsewrightAudioProcessorEditor (*this);
+}
+
+//==============================================================================
+void PulsewrightAudioProcessorEditor::resized()
+{
+    const EditorLayout layout (getWidth(), getHeight(), visibleSectionCount);
+
+    brandLabel.setBounds (layout.brand);
+    titleLabel.setBounds (layout.title);
+    subtitleLabel.setBounds (layout.subtitle);
+    statusLabel.setBounds (layout.status);
+
+    const auto place = [] (juce::Component& caption, juce::Component& control, const EditorLayout::Captioned& bounds)
+    {
+        caption.setBounds (bounds.caption);
+        control.setBounds (bounds.control);
+    };
+
+    place (styleCaption, genreBox, layout.style);
+    place (kitCaption, soundKitBox, layout.kit);
+    place (playbackCaption, playModeBox, layout.playback);
+    place (lengthCaption, patternLengthBox, layout.length);
+    place (structureCaption, songStructureBox, layout.structure);
+    place (durationCaption, songDurationBox, layout.duration);
+
+    generateButton.setBounds (layout.generateButton);
+    buildSongButton.setBounds (layout.buildSongButton);
+    previewButton.setBounds (layout.previewButton);
+
+    for (std::size_t i = 0; i < macroSliders.size(); ++i)
+        place (macroLabels[i], macroSliders[i], layout.macros[i]);
+
+    for (std::size_t i = 0; i < lockButtons.size(); ++i)
+        place (lockButtons[i], probabilitySliders[i], layout.lanes[i]);
+
+    mutateButton.setBounds (layout.mutateButton);
+    newFillButton.setBounds (layout.newFillButton);
+
+    // Buttons that are hidden stay where they were.
+    for (int i = 0; i < visibleSectionCount; ++i)
+        sectionButtons[static_cast<std::size_t> (i)].setBounds (layout.sections[static_cast<std::size_t> (i)]);
+
+    saveButton.setBounds (layout.saveButton);
+    patternDragButton.setBounds (layout.patternDragButton);
+    songDragButton.setBounds (layout.songDragButton);
+    patternGrid.setBounds (layout.grid);
+}
+
+void PulsewrightAudioProcessorEditor::paint (juce::Graphics& g)
+{
+    const auto width = static_cast<float> (getWidth());
+
+    g.fillAll (palette::backgroundColour);
+
+    g.setColour (palette::accentColour.withAlpha (static_cast<juce::uint8> (0x0f)));
+    g.fillEllipse (width - 360.0f, -250.0f, 510.0f, 510.0f);
+
+    if (getWidth() > 40)
+    {
+        g.setColour (palette::outlineColour);
+        g.fillRect (20, 72, getWidth() - 40, 1);
+    }
+
+    g.setColour (palette::panelColour);
+    g.fillRoundedRectangle (20.0f, 90.0f, 250.0f, 360.0f, 9.0f);
+    g.fillRoundedRectangle (286.0f, 90.0f, width - 306.0f, 360.0f, 9.0f);
+}
+
+//==============================================================================
+void PulsewrightAudioProcessorEditor::formChosen()
+{
+    refreshDurationLabel();
+    buildChosenSong();
+
+    // Automation that arrives on this thread tells the box before the value can be read.
+    juce::MessageManager::callAsync (
+        [safeThis = SafePointer (this)]
+        {
+            if (safeThis != nullptr)
+                safeThis->buildChosenSong();
+        });
+}
+
+void PulsewrightAudioProcessorEditor::buildChosenSong()
+{
+    // A box also speaks up when a restore has moved it. The song of that choice is there already, or is
+    // about to be.
+    if (! processor.isRestoring() && ! processor.isSongAsChosen())
+        processor.buildSong();
+}
+
+void PulsewrightAudioProcessorEditor::macroChanged()
+{
+    if (processor.getRestoreCount() != restoresSettled)
+        return;
+
+    lastSliderChangeMs = juce::Time::getMillisecondCounterHiRes();
+    regeneratePending  = true;
+}
+
+void PulsewrightAudioProcessorEditor::togglePreview()
+{
+    if (processor.isPreviewPlaying())
+        processor.stopPreview();
+    else
+        processor.startPreview();
+}
+
+//==============================================================================
+void PulsewrightAudioProcessorEditor::exportMidi (bool isSong)
+{
+    saveDialog.ask (isSong ? midiExport::suggestedSongFile() : midiExport::suggestedPatternFile(),
+                    *this,
+                    [this, isSong] (const juce::File& file) { writeExport (file, isSong); });
+}
+
+void PulsewrightAudioProcessorEditor::writeExport (const juce::File& file, bool isSong)
+{
+    const auto tempo = processor.getEffectiveBpm();
+    std::string error;
+    const bool isSaved =
+        isSong ? midiExport::save (file, processor.getSong(), tempo, error) : midiExport::save (file, processor.getPattern(), tempo, error);
+
+    if (isSaved)
+        reportExport (saveButton, "SAVED  ", file.getFileName(), "Saved " + file.getFullPathName());
+    else
+        reportExport (saveButton, "EXPORT FAILED  ", asText (error), file.getFullPathName() + ": " + asText (error));
+}
+
+juce::File PulsewrightAudioProcessorEditor::createDragMidiFile (bool isSong)
+{
+    auto& button     = isSong ? songDragButton : patternDragButton;
+    const auto tempo = processor.getEffectiveBpm();
+    std::string error;
+    const auto file =
+        isSong ? midiExport::fileForDrag (processor.getSong(), tempo, error) : midiExport::fileForDrag (processor.getPattern(), tempo, error);
+
+    if (file == juce::File())
+        reportExport (button, "DRAG EXPORT FAILED  ", asText (error), "Drag failed: " + asText (error));
+    else
+        reportExport (button, {}, {}, "Dragged " + file.getFullPathName());
+
+    return file;
+}
+
+void PulsewrightAudioProcessorEditor::reportExport (juce::Button& button,
+                                                    const juce::String& prefix,
+                                                    const juce::String& shown,
+                                                    const juce::String& lasting)
+{
+    if (prefix.isNotEmpty())
+        statusLabel.setText (prefix + shown, juce::dontSendNotification);
+
+    // The timer soon overwrites the status line; the button keeps the word.
+    button.setTooltip (button.getTooltip().upToFirstOccurrenceOf ("\n", false, false) + "\n" + lasting);
+    button.setDescription (lasting);
+}
+
+//==============================================================================
+void PulsewrightAudioProcessorEditor::timerCallback()
+{
+    const bool hasRested = juce::Time::getMillisecondCounterHiRes() - lastSliderChangeMs >= restBeforeRegenerationMs;
+
+    if (regeneratePending && hasRested)
+    {
+        regeneratePending = false;
+        processor.regeneratePattern();
+    }
+
+    if (lastSeenVersion != processor.getChangeCounter())
+        refreshSongView();
+
+    refreshDurationLabel();
+    refreshBuildSongText();
+    previewButton.setButtonText (processor.isPreviewPlaying() ? "STOP PREVIEW" : "PLAY PREVIEW");
+    refreshStatus();
+
+    restoresSettled    = restoresAtLastTick;
+    restoresAtLastTick = processor.getRestoreCount();
+}
+
+void PulsewrightAudioProcessorEditor::refreshSongView()
+{
+    // The counter before the copies: it may then be one behind, and the next tick looks again; the other
+    // way round a change could be missed.
+    const auto version = processor.getChangeCounter();
+    const auto pattern = processor.getPattern();
+    const auto song    = processor.getSong();
+
+    refreshDurationLabel();
+
+    generateButton.setTooltip ("Generates a groove of the chosen length. Pattern seed " + juce::String (pattern.seed) + ", next take "
+                               + juce::String (processor.getSeedCounter()));
+    patternGrid.setPattern (pattern);
+
+    visibleSectionCount = juce::jlimit (1, static_cast<int> (sectionButtons.size()), static_cast<int> (song.sections.size()));
+
+    for (std::size_t i = 0; i < sectionButtons.size(); ++i)
+    {
+        sectionButtons[i].setVisible (static_cast<int> (i) < visibleSectionCount);
+
+        if (i < song.sections.size())
+        {
+            const auto name = upperCased (song.sections[i].name);
+            sectionButtons[i].setButtonText (name);
+            sectionButtons[i].setTitle ("Section " + name);
+        }
+    }
+
+    for (std::size_t lane = 0; lane < lockButtons.size(); ++lane)
+        lockButtons[lane].setToggleState (processor.isLaneLocked (static_cast<int> (lane)), juce::dontSendNotification);
+
+    refreshBuildSongText();
+    resized();
+    lastSeenVersion = version;
+}
+
+void PulsewrightAudioProcessorEditor::refreshDurationLabel()
+{
+    const auto [seconds, bars] = processor.getChosenSongLength();
+    const auto text =
+        "GENRE AVG  " + juce::String (seconds / 60) + ":" + juce::String (seconds % 60).paddedLeft ('0', 2) + "  /  " + juce::String (bars) + " BARS";
+
+    constexpr int firstItem = 1;
+
+    if (songDurationBox.getItemText (0) == text)
+        return;
+
+    // A box whose selected item gets another text forgets its selection and goes on showing the old one.
+    const bool isSelected = songDurationBox.getSelectedId() == firstItem;
+    songDurationBox.changeItemText (firstItem, text);
+
+    if (isSelected)
+        songDurationBox.setSelectedId (firstItem, juce::dontSendNotification);
+}
+
+void PulsewrightAudioProcessorEditor::refreshBuildSongText()
+{
+    buildSongButton.setButtonText ("BUILD " + juce::String (processor.getChosenSongLength().bars) + "-BAR SONG");
+}
+
+void PulsewrightAudioProcessorEditor::refreshStatus()
+{
+    statusLabel.setText (juce::String (processor.getEffectiveBpm()) + " BPM  |  MIDI OUT CH 10  |  C4-G4 TRIGGER SECTIONS",
+                         juce::dontSendNotification);
+}
+
+//==============================================================================
+void PulsewrightAudioProcessorEditor::focusOfChildComponentChanged (FocusChangeType cause)
+{
+    isNavigatedByKeyboard = cause == focusChangedByTabKey;
+    repaint();
+}
+
+void PulsewrightAudioProcessorEditor::paintOverChildren (juce::Graphics& g)
+{
+    const auto* focused = getCurrentlyFocusedComponent();
+
+    if (! isNavigatedByKeyboard || focused == nullptr || ! isParentOf (focused))
+        return;
+
+    g.setColour (palette::textColour);
+    g.drawRoundedRectangle (getLocalArea (focused->getParentComponent(), focused->getBounds()).toFloat().reduced (0.5f), 6.0f, 1.5f);
+}
+
+bool PulsewrightAudioProcessorEditor::keyPressed (const juce::KeyPress& key)
+{
+    if (key != juce::KeyPress::spaceKey && key != juce::KeyPress::returnKey)
+        return false;
+
+    auto* focused = getCurrentlyFocusedComponent();
+
+    if (auto* button = dynamic_cast<juce::Button*> (focused))
+        button->triggerClick();
+    else if (auto* box = dynamic_cast<juce::ComboBox*> (focused))
+        box->showPopup();
+    else
+        return false; // the space bar is the host's
+
+    return true;
+}
+
+void PulsewrightAudioProcessorEditor::mouseDown (const juce::MouseEvent& event)
+{
+    if (! event.mods.isPopupMenu() || getHostContext() == nullptr)
+        return;
+
+    for (auto* control = event.eventComponent; control != nullptr && control != this; control = control->getParentComponent())
+        if (const auto* parameter = processor.parameters.getParameter (control->getProperties()["parameter"].toString()))
+            if (const auto menu = getHostContext()->getContextMenuForParameter (parameter))
+                return menu->showNativeMenu (event.getEventRelativeTo (this).getPosition());
+}
+
+} // namespace pulsewright

@@ -1,0 +1,509 @@
+// SPDX-FileCopyrightText: 2026 Tolm
+// SPDX-License-Identifier: AGPL-3.0-only
+
+// The window as a component, without a display.
+
+#include "StateBytes.h"
+
+#include "editor/Palette.h"
+#include "editor/PulsewrightAudioProcessorEditor.h"
+#include "export/MidiExport.h"
+#include "export/MidiFileWriter.h"
+#include "generation/SongBuilder.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <thread>
+
+namespace pulsewright
+{
+
+namespace
+{
+    using Editor = PulsewrightAudioProcessorEditor;
+    using Bounds = juce::Rectangle<int>;
+
+    void runFor (int milliseconds)
+    {
+        juce::MessageManager::getInstance()->runDispatchLoopUntil (milliseconds);
+    }
+
+    /** A control by the name that a screen reader would say. */
+    template <typename Control = juce::Component>
+    Control& find (juce::Component& editor, const juce::String& title)
+    {
+        for (auto* child : editor.getChildren())
+            if (child->getTitle() == title)
+                if (auto* control = dynamic_cast<Control*> (child))
+                    return *control;
+
+        throw std::runtime_error ("no control is called " + title.toStdString());
+    }
+
+    void click (juce::Component& editor, const char* title)
+    {
+        find<juce::Button> (editor, title).onClick();
+    }
+
+    /** Counts what would have to be drawn again. */
+    struct RepaintCounter final : juce::CachedComponentImage
+    {
+        explicit RepaintCounter (int& c) : count (c) {}
+        void paint (juce::Graphics&) override {}
+        bool invalidateAll() override { return ++count, true; }
+        bool invalidate (const Bounds&) override { return ++count, true; }
+        void releaseResources() override {}
+        int& count;
+    };
+
+    struct Window
+    {
+        PulsewrightAudioProcessor processor;
+        std::unique_ptr<Editor> editor = std::make_unique<Editor> (processor);
+    };
+
+    void set (PulsewrightAudioProcessor& processor, const char* id, float plainValue)
+    {
+        auto* parameter = processor.parameters.getParameter (id);
+        parameter->setValueNotifyingHost (parameter->convertTo0to1 (plainValue));
+    }
+} // namespace
+
+//==============================================================================
+TEST (EditorLayout, FollowsTheArithmetic)
+{
+    const EditorLayout initial (1120, 840, 8), smallest (900, 720, 8), largest (1500, 1050, 6), one (1120, 840, 1);
+
+    // clang-format off
+    const std::vector<std::pair<Bounds, Bounds>> expected {
+        { initial.brand,              { 20, 32, 58, 28 } },    { initial.title,             { 88, 20, 220, 52 } },
+        { initial.subtitle,           { 308, 28, 270, 36 } },  { initial.status,            { 578, 20, 522, 52 } },
+        { initial.style.caption,      { 36, 103, 218, 15 } },  { initial.style.control,     { 36, 118, 218, 28 } },
+        { initial.kit.control,        { 36, 163, 218, 25 } },  { initial.playback.control,  { 36, 206, 218, 26 } },
+        { initial.length.control,     { 36, 249, 218, 25 } },  { initial.structure.control, { 36, 291, 218, 25 } },
+        { initial.duration.control,   { 36, 333, 218, 25 } },  { initial.generateButton,    { 36, 361, 106, 31 } },
+        { initial.buildSongButton,    { 147, 361, 107, 31 } }, { initial.previewButton,     { 36, 396, 218, 30 } },
+        { initial.macros[0].caption,  { 296, 99, 99, 24 } },   { initial.macros[0].control, { 298, 123, 95, 318 } },
+        { initial.macros[7].caption,  { 989, 99, 101, 24 } },  { initial.macros[7].control, { 991, 123, 97, 318 } },
+        { initial.lanes[1].caption,   { 148, 465, 128, 26 } }, { initial.lanes[1].control,  { 151, 491, 122, 26 } },
+        { initial.mutateButton,       { 544, 465, 105, 52 } }, { initial.newFillButton,     { 657, 465, 105, 52 } },
+        { initial.sections[0],        { 23, 527, 129, 31 } },  { initial.sections[7],       { 968, 527, 129, 31 } },
+        { initial.saveButton,         { 20, 780, 170, 40 } },  { initial.patternDragButton, { 198, 780, 180, 40 } },
+        { initial.songDragButton,     { 386, 780, 190, 40 } }, { initial.grid,              { 20, 568, 1080, 202 } },
+        { smallest.macros[0].caption, { 296, 99, 71, 24 } },   { smallest.macros[7].caption, { 793, 99, 77, 24 } },
+        { smallest.sections[7],       { 772, 527, 105, 31 } }, { smallest.grid,             { 20, 568, 860, 82 } },
+        { largest.sections[5],        { 1238, 527, 239, 31 } }, { largest.grid,             { 20, 568, 1460, 412 } },
+        { one.sections[0],            { 23, 527, 1074, 31 } }
+    };
+    // clang-format on
+
+    for (std::size_t i = 0; i < expected.size(); ++i)
+        EXPECT_EQ (expected[i].first, expected[i].second) << i << ": " << expected[i].first.toString();
+
+    const EditorLayout tiny (10, 10, 8); // nothing turns negative
+    EXPECT_TRUE (tiny.grid.getWidth() >= 0 && tiny.grid.getHeight() >= 0 && tiny.macros[7].control.getWidth() >= 0);
+}
+
+TEST (Editor, PutsItsChildrenThere)
+{
+    Window window;
+    EXPECT_EQ (window.editor->getBounds(), Bounds (0, 0, 1120, 840));
+
+    for (const auto& [width, height] : { std::pair { 900, 720 }, { 1120, 840 }, { 1500, 1050 } })
+    {
+        window.editor->setSize (width, height);
+        const EditorLayout layout (width, height, 8);
+        EXPECT_EQ (find (*window.editor, "Style").getBounds(), layout.style.control);
+        EXPECT_EQ (find (*window.editor, "velocity").getBounds(), layout.macros[7].control);
+        EXPECT_EQ (find (*window.editor, "Percussion probability").getBounds(), layout.lanes[3].control);
+        EXPECT_EQ (find (*window.editor, "Section OUTRO").getBounds(), layout.sections[7]);
+        EXPECT_EQ (find (*window.editor, "Drag full song MIDI").getBounds(), layout.songDragButton);
+        EXPECT_EQ (find (*window.editor, "Pattern").getBounds(), layout.grid);
+    }
+
+    // Fewer sections share the row; the buttons that are left over are hidden and stay where they are.
+    const auto before = find (*window.editor, "Section OUTRO").getBounds();
+    set (window.processor, parameterID::songStructure, 3.0f);
+    runFor (200);
+    EXPECT_EQ (find (*window.editor, "Section MAIN B").getBounds(), EditorLayout (1500, 1050, 4).sections[2]);
+    EXPECT_TRUE (find (*window.editor, "Section MAIN B").isVisible());
+
+    int hidden = 0;
+    for (auto* child : window.editor->getChildren())
+        hidden += ! child->isVisible() && child->getBounds() == before ? 1 : 0;
+    EXPECT_EQ (hidden, 1);
+}
+
+TEST (Editor, DrawsWhatItShows)
+{
+    Window window;
+    DrumPattern pattern;
+    pattern.bars = 1;
+    pattern.name = "";
+    pattern.hits = { { .start = 2.0, .note = 36, .velocity = 127, .lane = DrumLane::kick },
+                     { .start = 1.0, .velocity = 90, .lane = static_cast<DrumLane> (9) } };
+    window.processor.setMaterial (pattern, {});
+    runFor (200);
+    const auto image = window.editor->createComponentSnapshot (window.editor->getLocalBounds());
+
+    const EditorLayout layout (1120, 840, 1);
+    const auto at = [&] (int x, int y) { return image.getPixelAt (x, y); };
+    EXPECT_EQ (at (5, 835), palette::backgroundColour);
+    EXPECT_EQ (at (500, 72), palette::outlineColour);
+    EXPECT_EQ (at (30, 440), palette::panelColour);
+    EXPECT_EQ (at (layout.generateButton.getX() + 8, layout.generateButton.getY() + 4), palette::generateButtonColour);
+    EXPECT_EQ (at (layout.saveButton.getX() + 8, layout.saveButton.getY() + 4), palette::faceColour);
+
+    // The hit on beat 2 lies in the middle of the kick's row: 76 + 984 / 2, 43 + 151 / 8.
+    EXPECT_EQ (at (layout.grid.getX() + 76 + 492, layout.grid.getY() + 43 + 18), palette::accentColour);
+
+    // Tempo, and a song without sections: the first button alone, with its old text.
+    bool showsTempo = false;
+    for (auto* child : window.editor->getChildren())
+        if (auto* label = dynamic_cast<juce::Label*> (child))
+            showsTempo = showsTempo || label->getText() == "90 BPM  |  MIDI OUT CH 10  |  C4-G4 TRIGGER SECTIONS";
+    EXPECT_TRUE (showsTempo);
+    EXPECT_EQ (find<juce::TextButton> (*window.editor, "Section INTRO").getButtonText(), "INTRO");
+    EXPECT_EQ (find (*window.editor, "Pattern").getDescription(), "CURRENT PATTERN, 1 bars  /  2 notes");
+}
+
+//==============================================================================
+TEST (Editor, ButtonsDoWhatTheySay)
+{
+    Window window;
+    auto& processor = window.processor;
+    set (processor, parameterID::patternLength, 3.0f);
+
+    click (*window.editor, "Generate groove");
+    EXPECT_EQ (processor.getPattern().name, "Boom Bap Verse");
+    EXPECT_EQ (processor.getPattern().bars, 4);
+    click (*window.editor, "New fill");
+    EXPECT_EQ (processor.getPattern().name, "Boom Bap Fill");
+    click (*window.editor, "Mutate");
+    EXPECT_EQ (processor.getPattern().name, "Boom Bap Fill Mutated");
+    click (*window.editor, "Section CHORUS");
+    EXPECT_EQ (processor.getPattern(), processor.getSong().sections[3].pattern);
+    click (*window.editor, "Build song");
+    EXPECT_EQ (processor.getPattern().name, "Intro");
+    EXPECT_EQ (processor.getSeedCounter(), 5u);
+
+    auto& lock = find<juce::ToggleButton> (*window.editor, "lock hats");
+    lock.setToggleState (true, juce::dontSendNotification);
+    lock.onClick();
+    EXPECT_TRUE (processor.isLaneLocked (2));
+
+    auto& preview = find<juce::TextButton> (*window.editor, "Preview");
+    click (*window.editor, "Preview");
+    runFor (150);
+    EXPECT_TRUE (processor.isPreviewPlaying());
+    EXPECT_EQ (preview.getButtonText(), "STOP PREVIEW");
+    click (*window.editor, "Preview");
+    EXPECT_FALSE (processor.isPreviewPlaying());
+
+    EXPECT_EQ (find<juce::TextButton> (*window.editor, "Build song").getButtonText(), "BUILD 80-BAR SONG");
+    EXPECT_TRUE (find<juce::TextButton> (*window.editor, "Generate groove").getTooltip().contains ("next take 5"));
+}
+
+TEST (Editor, ChoicesBuildSongsAndOpeningChangesNothing)
+{
+    Window window;
+    auto& processor = window.processor;
+    processor.selectSection (4);
+    window.editor.reset();
+    const auto pattern = processor.getPattern();
+    const auto changes = processor.getChangeCounter();
+
+    window.editor = std::make_unique<Editor> (processor);
+    runFor (350);
+    EXPECT_EQ (processor.getChangeCounter(), changes);
+    EXPECT_EQ (processor.getPattern(), pattern);
+
+    // By hand, and by the host's automation.
+    find<juce::ComboBox> (*window.editor, "Style").setSelectedItemIndex (3, juce::sendNotificationSync);
+    EXPECT_EQ (processor.getSeedCounter(), 2u);
+    EXPECT_EQ (processor.getPattern().name, "Intro");
+    set (processor, parameterID::songStructure, 2.0f);
+    runFor (50);
+    EXPECT_EQ (processor.getSong().sections.size(), 6u);
+    find<juce::ComboBox> (*window.editor, "Song duration").setSelectedItemIndex (1, juce::sendNotificationSync);
+    EXPECT_EQ (processor.getSeedCounter(), 4u);
+    EXPECT_EQ (processor.getSong().totalBars, 64u);
+
+    // These trigger nothing.
+    for (const auto* id : { parameterID::playMode, parameterID::patternLength, parameterID::soundKit, parameterID::kickProbability })
+        set (processor, id, id == parameterID::kickProbability ? 0.5f : 1.0f);
+    runFor (350);
+    EXPECT_EQ (processor.getSeedCounter(), 4u);
+    EXPECT_EQ (processor.getChangeCounter(), changes + 3);
+}
+
+TEST (Editor, KnobsRegenerateOnceTheyRest)
+{
+    Window window;
+    auto& density      = find<PercentSlider> (*window.editor, "density");
+    const auto changes = window.processor.getChangeCounter();
+
+    for (int i = 0; i < 10; ++i)
+    {
+        density.setValue (0.1 + 0.05 * i, juce::sendNotificationSync);
+        runFor (30);
+    }
+    EXPECT_EQ (window.processor.getChangeCounter(), changes);
+    runFor (300);
+    EXPECT_EQ (window.processor.getChangeCounter(), changes + 1);
+
+    // A mutation moves the knobs, and so it gives way to the refresh.
+    click (*window.editor, "Mutate");
+    EXPECT_EQ (window.processor.getPattern().name, "Boom Bap Verse Mutated");
+    runFor (300);
+    EXPECT_EQ (window.processor.getPattern().name, "Boom Bap Verse");
+}
+
+TEST (Editor, ARestoreIsNoOnesChoice)
+{
+    PulsewrightAudioProcessor source;
+    for (int i = 0; i < 14; ++i)
+        source.getParameters()[i]->setValueNotifyingHost (0.7f);
+    source.setLaneLocked (1, true);
+    source.buildSong();
+    source.buildSong();
+    const auto state = saved (source);
+    PulsewrightAudioProcessor expected;
+    restore (expected, state);
+
+    for (const bool fromAnotherThread : { false, true })
+    {
+        Window window;
+        runFor (200);
+
+        if (fromAnotherThread)
+            std::thread ([&] { restore (window.processor, state); }).join();
+        else
+            restore (window.processor, state);
+
+        const auto changes = window.processor.getChangeCounter();
+        runFor (500);
+        EXPECT_EQ (window.processor.getSeedCounter(), 3u) << fromAnotherThread;
+        EXPECT_EQ (window.processor.getChangeCounter(), changes) << fromAnotherThread;
+        EXPECT_EQ (window.processor.getPattern(), expected.getPattern());
+        EXPECT_EQ (window.processor.getSong(), expected.getSong());
+
+        // What it shows has followed, and choices are choices again.
+        EXPECT_TRUE (find<juce::ToggleButton> (*window.editor, "lock snare").getToggleState());
+        EXPECT_NEAR (find<PercentSlider> (*window.editor, "swing").getValue(), 0.7, 1e-6);
+        find<juce::ComboBox> (*window.editor, "Style").setSelectedItemIndex (0, juce::sendNotificationSync);
+        find<PercentSlider> (*window.editor, "swing").setValue (0.2, juce::sendNotificationSync);
+        EXPECT_EQ (window.processor.getSeedCounter(), 4u);
+        runFor (300);
+        EXPECT_EQ (window.processor.getChangeCounter(), changes + 2);
+    }
+}
+
+TEST (Editor, TheDurationBoxShowsTheLengthAndKeepsItsChoice)
+{
+    Window window;
+    auto& box = find<juce::ComboBox> (*window.editor, "Song duration");
+    EXPECT_EQ (box.getText(), "GENRE AVG  3:30  /  80 BARS");
+    EXPECT_EQ (box.getSelectedId(), 1);
+
+    set (window.processor, parameterID::genre, 2.0f);
+    runFor (200);
+    EXPECT_EQ (box.getText(), "GENRE AVG  4:30  /  84 BARS");
+    EXPECT_EQ (box.getSelectedId(), 1);
+
+    box.setSelectedItemIndex (3, juce::sendNotificationSync);
+    EXPECT_EQ (box.getText(), "3:00");
+    EXPECT_EQ (box.getItemText (0), "GENRE AVG  3:00  /  56 BARS") << "the chosen length, not the average";
+}
+
+//==============================================================================
+TEST (Editor, KnobsSpeakInWholePercentages)
+{
+    Window window;
+    auto& processor = window.processor;
+    auto& density   = find<PercentSlider> (*window.editor, "density");
+    auto& energy    = find<PercentSlider> (*window.editor, "energy");
+
+    EXPECT_EQ (density.getTextFromValue (0.125), "12");
+    EXPECT_EQ (density.getTextFromValue (0.375), "38");
+    EXPECT_EQ (density.getValueFromText ("33"), static_cast<double> (0.33f));
+    EXPECT_EQ (density.getDoubleClickReturnValue(), 0.48);
+    EXPECT_EQ (energy.getDoubleClickReturnValue(), 0.25);
+
+    struct Gestures final : juce::AudioProcessorListener
+    {
+        void audioProcessorParameterChanged (juce::AudioProcessor*, int, float) override { log << "="; }
+        void audioProcessorChanged (juce::AudioProcessor*, const ChangeDetails&) override {}
+        void audioProcessorParameterChangeGestureBegin (juce::AudioProcessor*, int) override { log << "["; }
+        void audioProcessorParameterChangeGestureEnd (juce::AudioProcessor*, int) override { log << "]"; }
+        juce::String log;
+    } gestures;
+
+    processor.addListener (&gestures);
+    EXPECT_TRUE (energy.keyPressed (juce::KeyPress (juce::KeyPress::upKey)));
+    processor.removeListener (&gestures);
+    EXPECT_EQ (gestures.log, "[=]");
+    EXPECT_EQ (energy.getTextFromValue (energy.getValue()), "59");
+    EXPECT_FALSE (energy.keyPressed (juce::KeyPress (juce::KeyPress::spaceKey)));
+}
+
+TEST (Editor, EveryControlCanBeReachedAndHasAName)
+{
+    Window window;
+    std::set<int> order;
+    std::set<juce::String> titles;
+    int focusable = 0;
+
+    for (auto* child : window.editor->getChildren())
+        if (child->getWantsKeyboardFocus())
+        {
+            ++focusable;
+            order.insert (child->getExplicitFocusOrder());
+            titles.insert (child->getTitle());
+            EXPECT_TRUE (child->isAccessible() && child->getTitle().isNotEmpty()) << child->getName();
+            EXPECT_TRUE (dynamic_cast<juce::SettableTooltipClient*> (child)->getTooltip().isNotEmpty()) << child->getTitle();
+            EXPECT_FALSE (child->getMouseClickGrabsKeyboardFocus()) << child->getTitle();
+        }
+
+    EXPECT_EQ (focusable, 6 + 6 + 2 + 8 + 4 + 4 + 8);
+    EXPECT_EQ (order.size(), static_cast<std::size_t> (focusable));
+    EXPECT_EQ (titles.size(), static_cast<std::size_t> (focusable));
+    EXPECT_EQ (*order.begin(), 1);
+}
+
+TEST (Editor, NothingIsDrawnWhileNothingChanges)
+{
+    Window window;
+    runFor (300);
+    int repaints = 0;
+    window.editor->setVisible (true);
+    window.editor->setCachedComponentImage (new RepaintCounter (repaints));
+    repaints = 0;
+    runFor (1500);
+    EXPECT_EQ (repaints, 0);
+
+    window.processor.generatePattern (SectionType::fill);
+    runFor (200);
+    EXPECT_GT (repaints, 0);
+}
+
+//==============================================================================
+TEST (MidiDragButton, StartsOneDragSixPixelsAway)
+{
+    int filesMade = 0, drags = 0;
+    auto file = juce::File::createTempFile (".mid");
+    MidiDragButton button ("DRAG",
+                           [&]
+                           {
+                               ++filesMade;
+                               return file;
+                           });
+    button.setSize (100, 40);
+    button.startDrag = [&] (const juce::File& dragged)
+    {
+        EXPECT_EQ (dragged, file);
+        ++drags;
+    };
+
+    const auto event = [&] (float x, float y)
+    {
+        const juce::Point<float> start (10, 10);
+        return juce::MouseEvent (juce::Desktop::getInstance().getMainMouseSource(),
+                                 { 10 + x, 10 + y },
+                                 juce::ModifierKeys::leftButtonModifier,
+                                 0,
+                                 0,
+                                 0,
+                                 0,
+                                 0,
+                                 &button,
+                                 &button,
+                                 {},
+                                 start,
+                                 {},
+                                 1,
+                                 true);
+    };
+
+    // One press: no file yet where nothing was written, and none before the sixth pixel.
+    button.mouseDown (event (0, 0));
+    button.mouseDrag (event (5, 0));
+    button.mouseDrag (event (4, 3.7f)); // 5.45, rounded
+    EXPECT_EQ (filesMade, 0);
+    button.mouseDrag (event (6, 0));
+    button.mouseDrag (event (60, 0));
+    EXPECT_EQ (std::pair (filesMade, drags), std::pair (1, 0)) << "a file that does not exist is not dragged";
+
+    file.create();
+    button.mouseDown (event (0, 0));
+    button.mouseDrag (event (4, 3.8f)); // 5.52
+    button.mouseDrag (event (70, 0));
+    EXPECT_EQ (std::pair (filesMade, drags), std::pair (2, 1));
+
+    file = juce::File();
+    button.mouseDown (event (0, 0));
+    button.mouseDrag (event (70, 0));
+    EXPECT_EQ (std::pair (filesMade, drags), std::pair (3, 1));
+    EXPECT_EQ (button.getTooltip(), "Drag this button into the DAW arrangement");
+}
+
+TEST (MidiExport, NamesFilesAndWritesThem)
+{
+    const auto folder = juce::File::getSpecialLocation (juce::File::tempDirectory);
+    const auto named  = [&] (const char* name) { return midiExport::withMidiExtension (folder.getChildFile (name)).getFileName(); };
+    EXPECT_EQ (named ("groove"), "groove.mid");
+    EXPECT_EQ (named ("groove.MID"), "groove.MID");
+    EXPECT_EQ (named ("groove.txt"), "groove.mid");
+    EXPECT_EQ (midiExport::suggestedSongFile().getFileName(), "Pulsewright Song.mid");
+    EXPECT_EQ (fileUri (juce::File (juce::CharPointer_UTF8 ("/tmp/a b%/\xc3\xbc.mid"))), "file:///tmp/a%20b%25/%C3%BC.mid");
+
+    Window window;
+    auto pattern = window.processor.getPattern();
+    pattern.seed = 4294967295u;
+    auto song    = window.processor.getSong();
+    window.processor.setMaterial (pattern, song);
+
+    for (const bool isSong : { true, false })
+    {
+        const auto file = window.editor->createDragMidiFile (isSong);
+        juce::MemoryBlock bytes;
+        ASSERT_TRUE (file.loadFileAsData (bytes));
+        const auto expected = isSong ? MidiFileWriter::bytesOf (song, 90) : MidiFileWriter::bytesOf (pattern, 90);
+        EXPECT_EQ (bytes, juce::MemoryBlock (expected.data(), expected.size()));
+        EXPECT_EQ (file.getFileName(),
+                   isSong ? "Pulsewright Song " + juce::String (song.seed) + ".mid" : juce::String ("Pulsewright Pattern 4294967295.mid"));
+        EXPECT_TRUE (find<juce::TextButton> (*window.editor, isSong ? "Drag full song MIDI" : "Drag pattern MIDI")
+                         .getTooltip()
+                         .endsWith (file.getFullPathName()));
+    }
+}
+
+TEST (Editor, OpensAndClosesWhileItPlays)
+{
+    PulsewrightAudioProcessor processor;
+    processor.prepareToPlay (48000.0, 64);
+    processor.startPreview();
+    std::atomic<bool> stop { false };
+    std::thread audio (
+        [&]
+        {
+            juce::AudioBuffer<float> buffer (2, 64);
+            juce::MidiBuffer midi;
+            while (! stop)
+                processor.processBlock (buffer, midi);
+        });
+
+    for (int i = 0; i < 50; ++i)
+    {
+        const std::unique_ptr<juce::AudioProcessorEditor> editor (processor.createEditor());
+        find<PercentSlider> (*editor, "density").setValue (0.01 * i, juce::sendNotificationSync);
+        runFor (i % 10 == 0 ? 120 : 1);
+    }
+
+    stop = true;
+    audio.join();
+    EXPECT_TRUE (processor.isPreviewPlaying());
+}
+
+} // namespace pulsewright

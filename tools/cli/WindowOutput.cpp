@@ -1,0 +1,53 @@
+// SPDX-FileCopyrightText: 2026 Tolm
+// SPDX-License-Identifier: AGPL-3.0-only
+
+#include "FileReplacement.h"
+#include "Output.h"
+
+#include "processor/PulsewrightAudioProcessor.h"
+
+#include <memory>
+#include <string_view>
+
+namespace pulsewright::cli
+{
+
+namespace
+{
+    /** Puts a processor into the state of a project that was saved at a take. */
+    void restoreTake (PulsewrightAudioProcessor& processor, const WindowPicture& picture)
+    {
+        juce::XmlElement state ("PulsewrightState");
+        state.setAttribute ("seedCounter", juce::String (picture.take));
+
+        auto* genre = state.createNewChildElement ("PARAM");
+        genre->setAttribute ("id", parameterID::genre);
+        genre->setAttribute ("value", picture.genre);
+
+        juce::MemoryBlock bytes;
+        juce::AudioProcessor::copyXmlToBinary (state, bytes);
+        processor.setStateInformation (bytes.getData(), static_cast<int> (bytes.getSize()));
+    }
+} // namespace
+
+void writeWindowPicture (const std::filesystem::path& target, const WindowPicture& picture)
+{
+    const juce::ScopedJuceInitialiser_GUI juceIsUp;
+
+    PulsewrightAudioProcessor processor;
+    restoreTake (processor, picture);
+
+    const std::unique_ptr<juce::AudioProcessorEditor> editor (processor.createEditor());
+    editor->setSize (picture.width > 0 ? picture.width : editor->getWidth(), picture.height > 0 ? picture.height : editor->getHeight());
+
+    // The status line is the timer's: it has run once by then.
+    constexpr int firstTickMs = 150;
+    juce::MessageManager::getInstance()->runDispatchLoopUntil (firstTickMs);
+
+    const auto image = editor->createComponentSnapshot (editor->getLocalBounds(), true, picture.scale);
+    juce::MemoryOutputStream png;
+    juce::PNGImageFormat().writeImageToStream (image, png);
+    writeFile (target, { static_cast<const char*> (png.getData()), png.getDataSize() });
+}
+
+} // namespace pulsewright::cli
