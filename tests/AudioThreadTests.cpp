@@ -4,6 +4,7 @@
 // The audio thread waits for nobody and keeps its hands off the heap.
 
 #include "AudioThreadWatch.h"
+#include "TransportPlayHead.h"
 
 #include "processor/PulsewrightAudioProcessor.h"
 
@@ -20,12 +21,6 @@ namespace pulsewright
 
 namespace
 {
-    struct RollingPlayHead final : juce::AudioPlayHead
-    {
-        juce::Optional<PositionInfo> getPosition() const override { return info; }
-        PositionInfo info;
-    };
-
     AudioThreadWatch::Counts operator- (const AudioThreadWatch::Counts& a, const AudioThreadWatch::Counts& b)
     {
         return { a.allocations - b.allocations, a.frees - b.frees, a.locks - b.locks };
@@ -63,7 +58,7 @@ TEST (AudioThread, TheWatchSeesWhatIsPlanted)
 TEST (AudioThread, NeitherAllocatesNorFreesNorLocks)
 {
     PulsewrightAudioProcessor processor;
-    RollingPlayHead playHead;
+    TransportPlayHead playHead;
     processor.setPlayHead (&playHead);
     processor.prepareToPlay (48000.0, 512);
 
@@ -112,9 +107,7 @@ TEST (AudioThread, NeitherAllocatesNorFreesNorLocks)
     {
         const int numSamples = static_cast<int> (1 + dice() % 512);
         juce::AudioBuffer<float> part (buffer.getArrayOfWritePointers(), 2, numSamples);
-        playHead.info.setIsPlaying (dice() % 50 != 0);
-        playHead.info.setPpqPosition (beat);
-        playHead.info.setBpm (174.0);
+        playHead.moveTo ({ .isPlaying = dice() % 50 != 0, .ppq = beat, .bpm = 174.0 });
         midi.clear();
         if (dice() % 20 == 0)
             midi.addEvent (juce::MidiMessage::noteOn (1, static_cast<int> (58 + dice() % 12), 1.0f), static_cast<int> (dice()) % numSamples);

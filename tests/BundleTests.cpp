@@ -209,22 +209,6 @@ INSTANTIATE_TEST_SUITE_P (BlockSizes,
                           testing::Values (1, 32, 441, 512, 0),
                           [] (const auto& test) { return test.param == 0 ? std::string ("Random") : "Of" + std::to_string (test.param); });
 
-TEST (Bundle, IsSilentAsMidiOnlyAndStillPlays)
-{
-    auto host = loadBundle();
-    host.setParameter ("sound_kit", 1.0f);
-    float loudest = 0.0f;
-
-    for (int block = 0; block < 100; ++block)
-    {
-        host.process ({ .ppq = block * 512 * beatStep, .bpm = tempo }, 512);
-        loudest = std::max (loudest, host.lastAudio().getMagnitude (0, 512));
-    }
-
-    EXPECT_EQ (loudest, 0.0f);
-    EXPECT_GT (host.recordedMidi().size(), 10u);
-}
-
 //==============================================================================
 TEST (Bundle, RestoresWhatItSaved)
 {

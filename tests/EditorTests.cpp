@@ -3,6 +3,7 @@
 
 // The window as a component, without a display.
 
+#include "HostLog.h"
 #include "StateBytes.h"
 
 #include "editor/Palette.h"
@@ -321,9 +322,8 @@ TEST (Editor, TheDurationBoxShowsTheLengthAndKeepsItsChoice)
 TEST (Editor, KnobsSpeakInWholePercentages)
 {
     Window window;
-    auto& processor = window.processor;
-    auto& density   = find<PercentSlider> (*window.editor, "density");
-    auto& energy    = find<PercentSlider> (*window.editor, "energy");
+    auto& density = find<PercentSlider> (*window.editor, "density");
+    auto& energy  = find<PercentSlider> (*window.editor, "energy");
 
     EXPECT_EQ (density.getTextFromValue (0.125), "12");
     EXPECT_EQ (density.getTextFromValue (0.375), "38");
@@ -331,19 +331,9 @@ TEST (Editor, KnobsSpeakInWholePercentages)
     EXPECT_EQ (density.getDoubleClickReturnValue(), 0.48);
     EXPECT_EQ (energy.getDoubleClickReturnValue(), 0.25);
 
-    struct Gestures final : juce::AudioProcessorListener
-    {
-        void audioProcessorParameterChanged (juce::AudioProcessor*, int, float) override { log << "="; }
-        void audioProcessorChanged (juce::AudioProcessor*, const ChangeDetails&) override {}
-        void audioProcessorParameterChangeGestureBegin (juce::AudioProcessor*, int) override { log << "["; }
-        void audioProcessorParameterChangeGestureEnd (juce::AudioProcessor*, int) override { log << "]"; }
-        juce::String log;
-    } gestures;
-
-    processor.addListener (&gestures);
+    const HostLog log (window.processor);
     EXPECT_TRUE (energy.keyPressed (juce::KeyPress (juce::KeyPress::upKey)));
-    processor.removeListener (&gestures);
-    EXPECT_EQ (gestures.log, "[=]");
+    EXPECT_EQ (log.text, "[2=2]2");
     EXPECT_EQ (energy.getTextFromValue (energy.getValue()), "59");
     EXPECT_FALSE (energy.keyPressed (juce::KeyPress (juce::KeyPress::spaceKey)));
 }

@@ -88,4 +88,28 @@ inline void expectPattern (const DrumPattern& pattern, const nlohmann::json& exp
     expectHits (pattern.hits, expected.at ("hits"));
 }
 
+inline void expectSong (const SongArrangement& song, const nlohmann::json& expected)
+{
+    EXPECT_EQ (song.name, expected.at ("name").get<std::string>());
+    EXPECT_EQ (song.totalBars, expected.at ("totalBars").get<std::uint32_t>());
+    EXPECT_EQ (song.seed, expected.at ("seed").get<std::uint32_t>());
+    ASSERT_EQ (song.sections.size(), expected.at ("sections").size());
+
+    for (std::size_t i = 0; i < song.sections.size(); ++i)
+    {
+        const auto& section = song.sections[i];
+        const auto& e       = expected.at ("sections")[i];
+        SCOPED_TRACE (section.name);
+
+        EXPECT_EQ (section.name, e.at ("name").get<std::string>());
+        EXPECT_EQ (section.pattern.name, section.name);
+        EXPECT_EQ (section.startBar, e.at ("startBar").get<std::uint32_t>());
+        EXPECT_EQ (section.pattern.bars, e.at ("bars").get<int>());
+        EXPECT_EQ (static_cast<std::uint32_t> (section.pattern.sectionType), e.at ("sectionType").get<std::uint32_t>());
+        EXPECT_EQ (section.pattern.seed, e.at ("seed").get<std::uint32_t>());
+        ASSERT_EQ (section.pattern.hits.size(), e.at ("hitCount").get<std::size_t>());
+        expectHits (section.pattern.hits, e.at ("firstHits"));
+    }
+}
+
 } // namespace pulsewright::reference

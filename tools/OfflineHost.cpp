@@ -8,30 +8,7 @@
 namespace pulsewright
 {
 
-class OfflineHost::PlayHead final : public juce::AudioPlayHead
-{
-public:
-    juce::Optional<PositionInfo> getPosition() const override { return info; }
-
-    void moveTo (const Transport& transport, std::int64_t samples)
-    {
-        info = PositionInfo();
-        info.setIsPlaying (transport.isPlaying);
-        info.setTimeInSamples (samples);
-        info.setTimeSignature (TimeSignature { 4, 4 });
-
-        if (transport.ppq)
-            info.setPpqPosition (*transport.ppq);
-
-        if (transport.bpm)
-            info.setBpm (*transport.bpm);
-    }
-
-private:
-    PositionInfo info;
-};
-
-OfflineHost::OfflineHost (const juce::File& bundle, double sampleRate, int largestBlock) : playHead (std::make_unique<PlayHead>())
+OfflineHost::OfflineHost (const juce::File& bundle, double sampleRate, int largestBlock) : playHead (std::make_unique<TransportPlayHead>())
 {
     juce::VST3PluginFormat format;
     juce::OwnedArray<juce::PluginDescription> found;

@@ -5,22 +5,15 @@
 
 #pragma once
 
+#include "TransportPlayHead.h"
+
 #include <juce_audio_processors/juce_audio_processors.h>
 
 #include <memory>
-#include <optional>
 #include <vector>
 
 namespace pulsewright
 {
-
-/** Where the transport stands while one block is played. */
-struct Transport
-{
-    bool isPlaying = true;
-    std::optional<double> ppq; ///< beats at the first sample
-    std::optional<double> bpm;
-};
 
 /** A MIDI message with its place counted in samples from the first block on. */
 struct RecordedMessage
@@ -56,9 +49,7 @@ public:
     void setParameter (const juce::String& id, float normalisedValue);
 
 private:
-    class PlayHead;
-
-    std::unique_ptr<PlayHead> playHead;
+    std::unique_ptr<TransportPlayHead> playHead; // stays where it is when the host is moved
     std::unique_ptr<juce::AudioPluginInstance> instance;
     juce::AudioBuffer<float> audio;
     juce::MidiBuffer midi;

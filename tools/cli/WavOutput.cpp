@@ -5,6 +5,7 @@
 #include "Output.h"
 
 #include "Progress.h"
+#include "TransportPlayHead.h"
 #include "WavFile.h"
 
 #include "export/MidiFileWriter.h"
@@ -21,12 +22,6 @@ namespace
     constexpr double sampleRate  = 48000.0;
     constexpr double tailSeconds = 1.0;
     constexpr int blockSize      = 1024;
-
-    struct RollingPlayHead final : juce::AudioPlayHead
-    {
-        juce::Optional<PositionInfo> getPosition() const override { return position; }
-        PositionInfo position;
-    };
 
     void choose (PulsewrightAudioProcessor& processor, const char* id, int index)
     {
@@ -49,9 +44,7 @@ void writeWav (const std::filesystem::path& target, const SongArrangement& song,
     choose (processor, parameterID::playMode, 1);
     choose (processor, parameterID::soundKit, kit);
 
-    RollingPlayHead playHead;
-    playHead.position.setIsPlaying (true);
-    playHead.position.setBpm (tempo);
+    TransportPlayHead playHead;
     processor.setPlayHead (&playHead);
     processor.setNonRealtime (true);
     processor.prepareToPlay (sampleRate, blockSize);
@@ -65,7 +58,7 @@ void writeWav (const std::filesystem::path& target, const SongArrangement& song,
     for (std::int64_t position = 0; file.isGood() && position < totalSamples; position += blockSize)
     {
         buffer.setSize (2, static_cast<int> (std::min<std::int64_t> (blockSize, totalSamples - position)), false, false, true);
-        playHead.position.setPpqPosition (static_cast<double> (position) * beatsPerSample);
+        playHead.moveTo ({ .ppq = static_cast<double> (position) * beatsPerSample, .bpm = tempo });
         midi.clear();
         processor.processBlock (buffer, midi);
         file.append (buffer);
