@@ -58,12 +58,13 @@ inline std::vector<BadState> badStates (const juce::MemoryBlock& good)
 {
     const auto many = [] (const char* text, int times) { return juce::String::repeatedString (text, times); };
 
-    auto hugeLength = good;
+    auto negativeLength = good;
     for (std::size_t i = 4; i < 8; ++i)
-        hugeLength[i] = static_cast<char> (i < 7 ? 0xff : 0x7f);
+        negativeLength[i] = static_cast<char> (0xff);
 
-    auto negativeLength = hugeLength;
-    negativeLength[7]   = static_cast<char> (0xff);
+    auto overlong = framed (many ("??a>", 12000)); // the parser takes C0 BC for <
+    for (std::size_t i = 8; i + 4 < overlong.getSize(); i += 4)
+        overlong.copyFrom ("\xc0\xbc", static_cast<int> (i), 2);
 
     auto otherMagic = good;
     otherMagic[0]   = 'X';
@@ -82,11 +83,18 @@ inline std::vector<BadState> badStates (const juce::MemoryBlock& good)
         { "another spelling",         framed ("<pulsewrightstate seedCounter=\"9\"/>") },
         { "an open tag",              framed ("<PulsewrightState seedCounter=\"9\"") },
         { "a cut closing tag",        framed (stateText ("seedCounter=\"9\"").dropLastCharacters (5)) },
+        { "cut after an element",     framed ("<PulsewrightState seedCounter=\"9\"><PARAM id=\"swing\" value=\"1\"/>") },
         { "an open quote",            framed ("<PulsewrightState seedCounter=\"9>") },
         { "deep inside ours",         framed (stateText ("", many ("<a>", 20000))) },
         { "deep",                     framed (many ("<a>", 20000)) },
         { "closed to a careless eye", framed (many ("<a b='/>'>", 6000)) },
         { "closed inside a value",    framed (many ("<a b=\"</a>\">", 5000)) },
+        { "deep behind a header",     framed ("<?xml '?>" + many ("<a>", 20000) + "'?>") },
+        { "deep behind a quote",      framed ("<r><b></b '>" + many ("<a>", 20000) + "'>") },
+        { "deep behind a bare value", framed ("<r><b c=x'>" + many ("<a>", 20000)) },
+        { "deep behind a comment",    framed ("<r><b <!--'--> >" + many ("<a>", 20000)) },
+        { "deep in overlong UTF-8",   overlong },
+        { "entities in the header",   framed ("<?xml '?><!DOCTYPE x [<!ENTITY a \"x&a;\">]><PulsewrightState>&a;</PulsewrightState>'?>") },
         { "entities",                 framed ("<!DOCTYPE x [<!ENTITY a \"aaaa\"><!ENTITY b \"&a;&a;\">]>" + stateText ("seedCounter=\"9\"")) },
         { "enormous",                 framed (stateText ("", many ("<PARAM id=\"density\" value=\"1\"/>", 100000))) }
     };

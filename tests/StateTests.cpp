@@ -67,7 +67,7 @@ TEST (State, CountersAreReadModulo32Bits)
 {
     // clang-format off
     const std::vector<std::pair<juce::String, std::uint32_t>> counters {
-        { "seedCounter=\"7\"", 7 }, { "seedCounter=\"4294967295\"", 4294967295u }, { "seedCounter=\"-1\"", 4294967295u },
+        { "seedCounter=\"7\"", 7 }, { "seedCounter=\"          1234567890123456789\"", 2112454933u }, { "seedCounter=\"4294967295\"", 4294967295u }, { "seedCounter=\"-1\"", 4294967295u },
         { "seedCounter=\"4294967298\"", 2 }, { "seedCounter=\"-2147483648\"", 2147483648u }, { "seedCounter=\"many\"", 0 }, { "", 1 } };
     // clang-format on
 

@@ -32,7 +32,7 @@ namespace
     Recording play (OfflineHost& host, const SongArrangement& song, double tempoBpm)
     {
         const double beatsPerSample = tempoBpm / (sampleRate * 60.0);
-        const auto musicSamples     = static_cast<int> (std::ceil (song.lengthInBeats() / beatsPerSample));
+        const auto musicSamples     = static_cast<int> (std::lround (song.lengthInBeats() / beatsPerSample));
         const auto totalSamples     = musicSamples + static_cast<int> (tailSeconds * sampleRate);
 
         Recording recording;

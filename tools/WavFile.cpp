@@ -8,9 +8,8 @@ namespace pulsewright
 
 WavFile::WavFile (const std::string& path, double sampleRate)
 {
-    auto file =
-        std::make_unique<juce::FileOutputStream> (juce::File::getCurrentWorkingDirectory().getChildFile (juce::String::fromUTF8 (path.c_str())));
-    opened = file->openedOk();
+    auto file = std::make_unique<juce::FileOutputStream> (juce::File (juce::String::fromUTF8 (path.c_str())));
+    opened    = file->openedOk();
 
     if (opened && file->getFile().getSize() > 0)
         opened = file->setPosition (0) && file->truncate().wasOk();

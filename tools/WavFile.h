@@ -16,7 +16,7 @@ namespace pulsewright
 class WavFile
 {
 public:
-    /** Opens the file and drops what was in it. */
+    /** Opens the file and drops what was in it. @param path  absolute */
     WavFile (const std::string& path, double sampleRate);
 
     bool wasOpened() const noexcept { return opened; }

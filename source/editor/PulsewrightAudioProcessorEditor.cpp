@@ -129,7 +129,7 @@ void PulsewrightAudioProcessorEditor::buildChosenSong()
 
 void PulsewrightAudioProcessorEditor::macroChanged()
 {
-    if (processor.getRestoreCount() != restoresSettled)
+    if (processor.isRestoring() || processor.getRestoreCount() != restoresSettled)
         return;
 
     lastSliderChangeMs = juce::Time::getMillisecondCounterHiRes();

@@ -83,12 +83,14 @@ void normalise (DrumPattern& pattern)
 
     std::stable_sort (hits.begin(), hits.end(), playsBefore);
 
-    // std::unique compares each hit with the last one kept, of whatever note: a snare between two
-    // kicks keeps both of them.
-    const auto doubles = [] (const DrumHit& kept, const DrumHit& next)
-    { return next.note == kept.note && next.start - kept.start < doubledNoteDistance; };
+    // Each hit is held against the last one kept, of whatever note: a snare between two kicks keeps both.
+    std::size_t kept = 0;
 
-    hits.erase (std::unique (hits.begin(), hits.end(), doubles), hits.end());
+    for (const auto& hit : hits)
+        if (kept == 0 || hit.note != hits[kept - 1].note || hit.start - hits[kept - 1].start >= doubledNoteDistance)
+            hits[kept++] = hit;
+
+    hits.resize (kept);
 }
 
 } // namespace pulsewright

@@ -11,7 +11,7 @@ namespace pulsewright
 
 void DrumSynth::prepare (double sampleRate) noexcept
 {
-    secondsPerSample = 1.0 / std::max (sampleRate, 1.0);
+    secondsPerSample = 1.0 / std::max (1.0, sampleRate);
 
     for (auto& voice : voices)
         voice.reset();

@@ -38,21 +38,6 @@ namespace
         }
     };
 
-    class ChoiceParameter final : public juce::AudioParameterChoice
-    {
-    public:
-        ChoiceParameter (const char* id, const char* displayName, const juce::StringArray& names, int defaultIndex)
-            : AudioParameterChoice (juce::ParameterID { id, 1 }, displayName, names, defaultIndex)
-        {}
-
-    private:
-        void valueChanged (int newIndex) override
-        {
-            if (! juce::isPositiveAndBelow (newIndex, choices.size()))
-                static_cast<AudioProcessorParameter&> (*this).setValue (static_cast<AudioProcessorParameter&> (*this).getDefaultValue());
-        }
-    };
-
     juce::StringArray genreNames()
     {
         juce::StringArray names;
@@ -92,7 +77,7 @@ juce::String percentText (float value)
 float percentValue (const juce::String& text)
 {
     const auto value = static_cast<float> (text.getDoubleValue() / 100.0);
-    return std::isfinite (value) ? value : 0.0f;
+    return std::isnan (value) ? 0.0f : value;
 }
 
 juce::AudioProcessorValueTreeState::ParameterLayout createLayout()
@@ -104,8 +89,9 @@ juce::AudioProcessorValueTreeState::ParameterLayout createLayout()
     const auto percent = [&layout] (const char* parameter, const char* name, float defaultValue)
     { layout.add (std::make_unique<PercentParameter> (parameter, name, defaultValue)); };
 
-    const auto choice = [&layout] (const char* parameter, const char* name, const juce::StringArray& names, int defaultIndex)
-    { layout.add (std::make_unique<ChoiceParameter> (parameter, name, names, defaultIndex)); };
+    const auto choice = [&layout] (const char* parameter, const char* name, const juce::StringArray& names, int defaultIndex) {
+        layout.add (std::make_unique<juce::AudioParameterChoice> (juce::ParameterID { parameter, 1 }, name, names, defaultIndex));
+    };
 
     // clang-format off
     choice  (id::genre,                 "Genre",                  genreNames(), 0);

@@ -18,7 +18,7 @@ namespace
 
 BlockWindow windowAt (double startBeat, double tempoBpm, double sampleRate, int numSamples) noexcept
 {
-    const double beatsPerSample = tempoBpm / (std::max (sampleRate, 1.0) * 60.0);
+    const double beatsPerSample = tempoBpm / (std::max (1.0, sampleRate) * 60.0);
     const double span           = numSamples * beatsPerSample;
 
     const bool isPlayable = std::abs (startBeat) <= farthestBeat && beatsPerSample > 0.0 && span > 0.0 && span <= mostBeatsOfABlock;

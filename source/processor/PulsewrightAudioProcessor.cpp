@@ -58,19 +58,22 @@ void PulsewrightAudioProcessor::takeNextSalt()
 
 void PulsewrightAudioProcessor::buildSongFromSettings()
 {
-    songForm = chosenForm();
+    songForm = { settings.genre, values.songDuration(), values.songStructure() };
     song     = SongBuilder::buildSong (settings, getSongBarCount (getEffectiveBpm()), songForm.structure);
 }
 
 template <typename Change>
 void PulsewrightAudioProcessor::changeMaterial (Change&& change)
 {
-    {
-        const juce::ScopedLock lock (dataLock);
-        change();
-        ++changeCounter;
-    }
+    const juce::ScopedLock lock (dataLock);
+    change();
+    ++changeCounter;
+}
 
+template <typename Change>
+void PulsewrightAudioProcessor::changeState (Change&& change)
+{
+    changeMaterial (std::forward<Change> (change));
     tellHostStateChanged();
 }
 
@@ -82,7 +85,7 @@ void PulsewrightAudioProcessor::tellHostStateChanged()
 
 void PulsewrightAudioProcessor::generatePattern (SectionType kind)
 {
-    changeMaterial (
+    changeState (
         [&]
         {
             refreshSettings();
@@ -95,7 +98,7 @@ void PulsewrightAudioProcessor::generatePattern (SectionType kind)
 
 void PulsewrightAudioProcessor::mutatePattern()
 {
-    changeMaterial (
+    changeState (
         [&]
         {
             // The nudges call the host under the lock: nobody may change the material between them
@@ -154,7 +157,7 @@ void PulsewrightAudioProcessor::regeneratePattern()
 
 void PulsewrightAudioProcessor::buildSong()
 {
-    changeMaterial (
+    changeState (
         [&]
         {
             refreshSettings();
@@ -237,7 +240,7 @@ SongArrangement PulsewrightAudioProcessor::getSong() const
 bool PulsewrightAudioProcessor::isSongAsChosen() const
 {
     const juce::ScopedLock lock (dataLock);
-    return songForm == chosenForm();
+    return songForm == SongForm { values.genre(), values.songDuration(), values.songStructure() };
 }
 
 //==============================================================================

@@ -92,9 +92,9 @@ public:
     /** Counts the changes of pattern or song. Read it before copying them: then no change is missed. */
     std::uint32_t getChangeCounter() const noexcept { return changeCounter.load(); }
 
-    /** Counts the beginnings and the ends of restores; what parameters do in between is no one's choice. */
+    /** Counts restores. What parameters do during one is no one's choice. */
     std::uint32_t getRestoreCount() const noexcept { return restoreCount.load(); }
-    bool isRestoring() const noexcept { return restoreCount.load() % 2 == 1; }
+    bool isRestoring() const noexcept { return restoresUnderway.load() > 0; }
 
     /** The number of the take that the next new pattern or song will be. */
     std::uint32_t getSeedCounter() const noexcept { return seedCounter.load(); }
@@ -107,6 +107,10 @@ public:
     void processBlock (juce::AudioBuffer<float>& buffer, juce::MidiBuffer& midi) override;
     void processBlock (juce::AudioBuffer<double>& buffer, juce::MidiBuffer& midi) override;
     bool supportsDoublePrecisionProcessing() const override { return true; }
+
+    // Silence; incoming MIDI passes.
+    void processBlockBypassed (juce::AudioBuffer<float>& buffer, juce::MidiBuffer&) override { buffer.clear(); }
+    void processBlockBypassed (juce::AudioBuffer<double>& buffer, juce::MidiBuffer&) override { buffer.clear(); }
 
     void getStateInformation (juce::MemoryBlock& destination) override;
     void setStateInformation (const void* data, int size) override;
@@ -144,8 +148,6 @@ private:
         bool operator== (const SongForm&) const = default;
     };
 
-    SongForm chosenForm() const noexcept { return { values.genre(), values.songDuration(), values.songStructure() }; }
-
     // Under the data lock.
     void refreshSettings();
     void takeNextSalt();
@@ -155,9 +157,13 @@ private:
     void publishPattern();
     void rebuildFromCounter();
 
-    /** Runs a change of the material under the data lock, counts it and then, without the lock, tells the host. */
+    /** Runs a change of the material under the data lock and counts it. */
     template <typename Change>
     void changeMaterial (Change&& change);
+
+    /** The same for a change of what would be saved: then, without the lock, tells the host. */
+    template <typename Change>
+    void changeState (Change&& change);
 
     void tellHostStateChanged();
 
@@ -185,6 +191,7 @@ private:
     std::atomic<std::uint32_t> seedCounter { 1 };
     std::atomic<std::uint32_t> changeCounter { 0 };
     std::atomic<std::uint32_t> restoreCount { 0 };
+    std::atomic<int> restoresUnderway { 0 };
     std::atomic<int> pendingSection { noSection }; // a section slot chosen by a trigger note
     std::atomic<double> lastHostTempo { 0.0 };     // BPM; 0 until one is seen
     PreviewTransport preview;

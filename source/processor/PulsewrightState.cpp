@@ -15,7 +15,6 @@ namespace pulsewright
 namespace
 {
     // As the parameter tree writes its children.
-    const juce::Identifier parameterType { "PARAM" };
     const juce::Identifier idProperty { "id" };
     const juce::Identifier valueProperty { "value" };
 
@@ -27,56 +26,25 @@ namespace
     }
 
     //==============================================================================
-    // A state of ours is two elements deep and under two kilobytes. Larger ones are let through as far
-    // as parsing them is safe and quick: the XML parser calls itself for every level of nesting, and
-    // looking up an attribute takes longer the more there are.
-    constexpr int largestState = 1 << 16; // bytes
-    constexpr int deepestState = 16;      // elements
+    // A state of ours has some twenty elements and is under two kilobytes. Larger ones are let through as
+    // far as parsing them is safe and quick.
+    constexpr int largestState        = 1 << 16; // bytes
+    constexpr std::ptrdiff_t mostTags = 256;
 
-    /** Whether the nesting of the elements in a text stays within bounds. Declarations and comments,
-        which no state has, are refused along with what is not XML.
+    /** Whether the XML parser can be trusted with a text. It calls itself for every level of nesting and
+        for every entity, and forgives much that is not XML, so its reading is not guessed at: these
+        bounds hold whatever it makes of the text. A state that was saved is plain ASCII, has one header
+        and no markup in its values; one that was cut short does not end with a tag.
     */
-    bool isFlatXml (std::string_view text)
+    bool isSafeToParse (std::string_view text)
     {
-        int depth = 0;
+        const bool isPlain = std::all_of (text.begin(), text.end(), [] (char c) { return static_cast<unsigned char> (c) < 0x80; });
 
-        for (auto tagStart = text.find ('<'); tagStart != text.npos; tagStart = text.find ('<'))
-        {
-            text.remove_prefix (tagStart + 1);
+        const auto lastChar = text.find_last_not_of (" \t\r\n");
+        const bool isWhole  = lastChar != text.npos && text[lastChar] == '>';
 
-            if (text.empty() || text.front() == '!')
-                return false;
-
-            const bool isClosing = text.front() == '/';
-            const bool isHeader  = text.front() == '?';
-
-            // The end of the tag, past quoted values.
-            std::size_t end = 0;
-            for (; end < text.size() && text[end] != '>'; ++end)
-            {
-                if (text[end] == '"' || text[end] == '\'')
-                {
-                    end = text.find (text[end], end + 1);
-
-                    if (end == text.npos)
-                        return false;
-                }
-            }
-
-            if (end == text.size())
-                return false;
-
-            const bool isEmptyElement = end > 0 && text[end - 1] == '/';
-
-            if (isClosing)
-                --depth;
-            else if (! isHeader && ! isEmptyElement && ++depth > deepestState)
-                return false;
-
-            text.remove_prefix (end);
-        }
-
-        return true;
+        return isPlain && isWhole && std::count (text.begin(), text.end(), '<') <= mostTags && text.find ("<!") == text.npos
+            && text.find ("<?", 1) == text.npos;
     }
 
     std::unique_ptr<juce::XmlElement> parseState (const void* data, int size)
@@ -94,7 +62,7 @@ namespace
 
         const std::string_view text (bytes + headerSize, static_cast<std::size_t> (std::min (size - headerSize, textLength)));
 
-        if (! isFlatXml (text.substr (0, text.find ('\0'))))
+        if (! isSafeToParse (text.substr (0, text.find ('\0'))))
             return {};
 
         return juce::AudioProcessor::getXmlFromBinary (data, size);
@@ -103,7 +71,8 @@ namespace
     /** A decimal number modulo 2^32, with or without a sign; what is no number is 0. */
     std::uint32_t counterFrom (const juce::String& text)
     {
-        auto digit            = text.trimStart().getCharPointer();
+        const auto trimmed    = text.trimStart();
+        auto digit            = trimmed.getCharPointer();
         const bool isNegative = *digit == '-';
 
         if (*digit == '-' || *digit == '+')
@@ -118,36 +87,37 @@ namespace
     }
 
     /** A stored value as a number inside the parameter's range; text that is no number counts as 0. */
-    double safeValue (const juce::var& stored, const juce::NormalisableRange<float>& range)
+    double safeValue (const juce::String& stored, const juce::NormalisableRange<float>& range)
     {
-        const auto value = stored.toString().getDoubleValue();
+        const auto value = stored.getDoubleValue();
 
         return juce::jlimit (static_cast<double> (range.start), static_cast<double> (range.end), std::isnan (value) ? 0.0 : value);
     }
 
-    /** Makes every parameter's stored value safe and gives those that are missing their defaults. */
-    void complete (juce::ValueTree state, const juce::AudioProcessorValueTreeState& parameters)
+    /** The tree's own state with the values that are stored, each made safe, and the default where there
+        is none. What else was stored, by a later version say, is not carried along: a save is ours alone.
+    */
+    juce::ValueTree stateFrom (const juce::XmlElement& stored, juce::AudioProcessorValueTreeState& parameters)
     {
-        for (auto* parameter : parameters.processor.getParameters())
-        {
-            const auto* ranged = dynamic_cast<juce::RangedAudioParameter*> (parameter);
+        auto state = parameters.copyState();
 
-            if (ranged == nullptr)
+        for (auto child : state)
+        {
+            const auto* parameter = parameters.getParameter (child[idProperty].toString());
+
+            if (parameter == nullptr)
                 continue;
 
-            const auto isOurs = [ranged] (const juce::ValueTree& child)
-            { return child.hasType (parameterType) && child[idProperty].toString() == ranged->paramID; };
+            const auto* element = stored.getChildByAttribute (idProperty.toString(), parameter->paramID);
+            const bool isStored = element != nullptr && element->hasAttribute (valueProperty.toString());
 
-            if (std::none_of (state.begin(), state.end(), isOurs))
-                state.appendChild (juce::ValueTree (parameterType, { { idProperty, ranged->paramID } }), nullptr);
-
-            for (auto child : state)
-                if (isOurs (child))
-                    child.setProperty (valueProperty,
-                                       child.hasProperty (valueProperty) ? safeValue (child[valueProperty], ranged->getNormalisableRange())
-                                                                         : static_cast<double> (ranged->convertFrom0to1 (ranged->getDefaultValue())),
-                                       nullptr);
+            child.setProperty (valueProperty,
+                               isStored ? safeValue (element->getStringAttribute (valueProperty.toString()), parameter->getNormalisableRange())
+                                        : static_cast<double> (parameter->convertFrom0to1 (parameter->getDefaultValue())),
+                               nullptr);
         }
+
+        return state;
     }
 } // namespace
 
@@ -171,20 +141,18 @@ void PulsewrightAudioProcessor::setStateInformation (const void* data, int size)
     if (xml == nullptr || xml->getTagName() != stateType)
         return;
 
-    auto state = juce::ValueTree::fromXml (*xml);
-    complete (state, parameters);
+    ++restoresUnderway;
 
-    ++restoreCount;
-
-    seedCounter = state.hasProperty (seedCounterProperty) ? counterFrom (state[seedCounterProperty].toString()) : 1u;
+    seedCounter = xml->hasAttribute (seedCounterProperty) ? counterFrom (xml->getStringAttribute (seedCounterProperty)) : 1u;
 
     for (std::size_t lane = 0; lane < laneLocks.size(); ++lane)
-        laneLocks[lane] = static_cast<bool> (state[lockProperty (lane)]);
+        laneLocks[lane] = static_cast<bool> (juce::var (xml->getStringAttribute (lockProperty (lane))));
 
-    parameters.replaceState (state);
+    parameters.replaceState (stateFrom (*xml, parameters));
     rebuildFromCounter();
 
     ++restoreCount;
+    --restoresUnderway;
 }
 
 void PulsewrightAudioProcessor::rebuildFromCounter()

@@ -60,8 +60,15 @@ cat > "$XDG_CONFIG_HOME/ardour7/export/float.preset" << END
 </ExportPreset>
 END
 
-log=$(timeout -k 5 60 ardour7-lua "$here/session.lua" "$(attribute uid)" "$scratch/session" "$scratch/export" $preset 2>&1 < /dev/null)
-status=$?
+# Ardour 7.3's session tool corrupts its own heap in one run out of four, with any plug-in (its own LV2
+# synthesizer too), and dies of a signal. A crash of ours would come back every time.
+for attempt in 1 2 3 4 5 6; do
+    rm -rf "$scratch/session" "$scratch/export"
+    log=$(timeout -k 5 60 ardour7-lua "$here/session.lua" "$(attribute uid)" "$scratch/session" "$scratch/export" $preset 2>&1 < /dev/null)
+    status=$?
+    (( status > 128 )) || break
+    echo "note: attempt $attempt ended with Ardour's signal $((status - 128))"
+done
 [[ $status != 124 ]] || fail "expected Ardour's session to end; after 60 seconds it had not. It printed: $log"
 [[ $status == 0 ]] || fail "Ardour's session ended with $status. It printed: $log"
 

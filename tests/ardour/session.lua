@@ -69,6 +69,10 @@ end
 
 print (string.format ("ROLLED silent while it stands, peaks of %.1f and %.1f dB while it rolls", loudest (0), loudest (1)))
 
+-- What Lua still holds when the session closes, Ardour frees twice.
+tracks, track, plugin, export = nil, nil, nil, nil
+collectgarbage ()
+
 -- An unsaved session keeps Ardour from closing.
 session:save_state ("")
 session:close ()

@@ -21,56 +21,49 @@ namespace
         throw WriteFailure (MidiFileWriter::cannotOpenMessage);
     }
 
-    /** Whether a file can be opened for writing; what is in it stays. */
+    /** Whether a file can be opened for writing, or made; what is in it stays. */
     bool opensForWriting (const fs::path& path)
     {
-        return std::fstream (path, std::ios::in | std::ios::out | std::ios::binary).is_open();
-    }
-
-    bool canBeCreated (const fs::path& path)
-    {
-        return std::ofstream (path, std::ios::binary).is_open();
+        return std::ofstream (path, std::ios::binary | std::ios::app).is_open();
     }
 } // namespace
 
 FileReplacement::FileReplacement (const fs::path& requested)
 {
     std::error_code error;
+    const auto status     = fs::status (requested, error);
+    const bool isNew      = ! fs::exists (status);
+    const bool isDangling = isNew && fs::is_symlink (fs::symlink_status (requested, error));
 
-    // The file behind a link is replaced, not the link.
-    target            = fs::canonical (requested, error);
-    const bool exists = ! error;
-
-    if (! exists)
-        target = requested;
-
-    const auto status = fs::status (target, error);
+    target = workPath = requested;
 
     if (fs::is_directory (status))
         cannotOpen();
 
-    if (exists && ! fs::is_regular_file (status))
-    {
-        workPath = target; // a device or a pipe
+    // A device, a pipe, or a link to what is not there yet: nothing to put in its place.
+    if (isDangling || (! isNew && ! fs::is_regular_file (status)))
         return;
-    }
 
-    if (exists && ! opensForWriting (target))
-        cannotOpen();
-
-    workPath = target;
-    workPath += ".part-" + std::to_string (getpid());
-
-    if (! canBeCreated (workPath))
+    if (! isNew)
     {
-        if (! exists)
+        target = workPath = fs::canonical (requested, error); // the file behind a link is replaced, not the link
+
+        if (error || ! opensForWriting (target))
             cannotOpen();
-
-        workPath = target;
     }
-    else if (exists)
+
+    const auto aside = target.parent_path() / (".pulsewright-" + std::to_string (getpid()));
+
+    if (opensForWriting (aside))
     {
-        fs::permissions (workPath, status.permissions(), error);
+        workPath = aside;
+
+        if (! isNew)
+            fs::permissions (workPath, status.permissions(), error);
+    }
+    else if (isNew)
+    {
+        cannotOpen();
     }
 }
 

@@ -50,7 +50,7 @@ void writeWav (const std::filesystem::path& target, const SongArrangement& song,
     processor.prepareToPlay (sampleRate, blockSize);
 
     FileReplacement replacement (target);
-    WavFile file (replacement.path().string(), sampleRate);
+    WavFile file (std::filesystem::absolute (replacement.path()).string(), sampleRate);
     Progress progress ("Playing");
     juce::AudioBuffer<float> buffer (2, blockSize);
     juce::MidiBuffer midi;
