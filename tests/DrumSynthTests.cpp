@@ -99,6 +99,27 @@ TEST (DrumSynth, BlocksAndSampleTypesChangeNothing)
     }
 }
 
+TEST (DrumSynth, TheSixtyFifthStrokeTakesTheFirstOnesPlace)
+{
+    juce::MidiBuffer midi;
+    for (int stroke = 1; stroke <= 65; ++stroke)
+        midi.addEvent (juce::MidiMessage::noteOn (10, 38, static_cast<juce::uint8> (1)), 0);
+
+    std::array<DrumVoice, 64> voices;
+    for (std::uint32_t stroke = 1; stroke <= 65; ++stroke)
+        voices[(stroke - 1) % 64].start (38, 1, 0, stroke);
+
+    const auto buffer = render (midi, 0, 64);
+
+    for (int i = 0; i < 64; ++i)
+    {
+        float sum = 0.0f;
+        for (auto& voice : voices)
+            sum += voice.nextSample (1.0 / rate);
+        ASSERT_EQ (buffer.getSample (0, i), std::tanh (sum)) << i;
+    }
+}
+
 TEST (DrumSynth, StartsAtTheSampleAndLeansToItsSide)
 {
     // Right against left: the same for notes in the middle, 1.18 to 0.82 for odd percussion, and the

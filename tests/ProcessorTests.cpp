@@ -3,11 +3,14 @@
 
 #include "HostLog.h"
 #include "ReferenceCases.h"
+#include "StateBytes.h"
 #include "TransportPlayHead.h"
 
 #include "processor/PulsewrightAudioProcessor.h"
 
 #include <cmath>
+#include <limits>
+#include <random>
 
 namespace pulsewright
 {
@@ -183,19 +186,36 @@ TEST (Processor, MutationNudgesFirstAndKeepsTheSalt)
     EXPECT_FALSE (processor.isLaneLocked (1) || processor.isLaneLocked (9) || processor.isLaneLocked (-1));
 }
 
+namespace
+{
+    /** The nudges by the generator's own definition: 48 bits, as POSIX has it. */
+    std::vector<double> nudgesFrom (std::uint32_t seed, std::vector<double> values)
+    {
+        std::uint64_t state = seed;
+        const auto next     = [&] { return static_cast<std::uint32_t> ((state = (state * 0x5DEECE66Dull + 0xB) & 0xFFFFFFFFFFFFull) >> 16); };
+
+        for (auto& value : values)
+        {
+            const auto amount = next() / 4294967296.0 * 0.15 + 0.05;
+            const auto step   = (next() >> 30) & 1u ? amount : -amount;
+            value             = value + step < 0.0 || value + step > 1.0 ? value - step : value + step;
+        }
+
+        return values;
+    }
+} // namespace
+
 TEST (Processor, NudgesAreTheReferenceNudgesInsideGestures)
 {
-    for (const auto& c : reference::readCases ("nudges.json"))
+    auto cases = reference::readCases ("nudges.json");
+    for (const auto seed : { 2147483648u, 4294967295u }) // must not turn negative
+        cases.push_back ({ { "seed", seed }, { "after", nudgesFrom (seed, cases[0].at ("before")) } });
+
+    for (const auto& c : cases)
     {
         const auto seed = c.at ("seed").get<std::uint32_t>();
         PulsewrightAudioProcessor processor;
-
-        // Mutating advances the counter first: one take less than the seed lies before it.
-        for (std::uint32_t take = 1; take + 1 < seed; ++take)
-            processor.generatePattern (SectionType::fill);
-
-        if (seed < 2)
-            continue;
+        restore (processor, framed (stateText ("seedCounter=\"" + juce::String (seed - 1) + "\"")));
 
         const HostLog log (processor);
         processor.mutatePattern();
@@ -360,28 +380,46 @@ TEST (Processor, PreviewRunsOnItsOwnClock)
     EXPECT_EQ (blocks, 43); // 64 beats are 42.67 seconds
 }
 
-TEST (Processor, DoublesSoundLikeFloats)
+TEST (Processor, NoHostUpsetsIt)
 {
-    PulsewrightAudioProcessor single, wide;
+    constexpr auto nan      = std::numeric_limits<double>::quiet_NaN();
+    constexpr auto infinity = std::numeric_limits<double>::infinity();
+    PulsewrightAudioProcessor processor;
     TransportPlayHead playHead;
-    playHead.moveTo ({ .ppq = 0.0, .bpm = 120.0 });
+    processor.setPlayHead (&playHead);
+    std::mt19937 dice (3);
+    const auto oneOf = [&dice] (const auto& values) { return values[dice() % std::size (values)]; };
 
-    juce::AudioBuffer<float> floats (2, 4096);
-    juce::AudioBuffer<double> doubles (2, 4096);
-    juce::MidiBuffer floatMidi, doubleMidi;
+    const double positions[] { 0.0, 3.99, -1e5, 1e6, 1e18, -1e300, nan, infinity };
+    const double tempos[] { 120.0, 0.0, -90.0, 1e-9, 1e300, nan, infinity };
+    const double rates[] { 44100.0, 0.0, -1.0, 1.0, 384000.0, nan };
+    const int sizes[] { 0, 1, 2, 32, 512, 4096 };
 
-    single.prepareToPlay (rate, 4096);
-    wide.setProcessingPrecision (juce::AudioProcessor::doublePrecision);
-    wide.prepareToPlay (rate, 4096);
-    single.setPlayHead (&playHead);
-    wide.setPlayHead (&playHead);
-    single.processBlock (floats, floatMidi);
-    wide.processBlock (doubles, doubleMidi);
+    for (int i = 0; i < 3000; ++i)
+    {
+        juce::AudioBuffer<double> wide (static_cast<int> (dice() % 3), oneOf (sizes));
+        juce::AudioBuffer<float> buffer (static_cast<int> (dice() % 3), oneOf (sizes));
+        juce::MidiBuffer midi;
+        midi.addEvent (juce::MidiMessage::noteOn (1, static_cast<int> (dice() % 128), 1.0f), static_cast<int> (dice() % 9000));
+        midi.addEvent (juce::MidiMessage::createSysExMessage ("sysex", 5), 0);
 
-    EXPECT_EQ (floatMidi.data, doubleMidi.data);
-    EXPECT_GT (floats.getMagnitude (0, 4096), 0.1f);
-    for (int i = 0; i < 4096; ++i)
-        ASSERT_EQ (static_cast<double> (floats.getSample (1, i)), doubles.getSample (1, i));
+        if (dice() % 8 == 0)
+            processor.prepareToPlay (oneOf (rates), 512);
+        if (dice() % 40 == 0)
+            dice() % 2 == 0 ? static_cast<void> (processor.startPreview()) : processor.stopPreview();
+
+        playHead.moveTo ({ .isPlaying = dice() % 4 != 0, .ppq = oneOf (positions), .bpm = oneOf (tempos) });
+        dice() % 16 == 0 ? processor.processBlockBypassed (buffer, midi) : processor.processBlock (buffer, midi);
+        processor.processBlock (wide, midi);
+
+        for (int channel = 0; channel < buffer.getNumChannels(); ++channel)
+            for (int n = 0; n < buffer.getNumSamples(); ++n)
+                ASSERT_LE (std::abs (buffer.getSample (channel, n)), 1.0f) << "block " << i;
+
+        EXPECT_TRUE (processor.getEffectiveBpm() == 120 || processor.getEffectiveBpm() == 90);
+    }
+
+    processor.setPlayHead (nullptr);
 }
 
 } // namespace pulsewright
