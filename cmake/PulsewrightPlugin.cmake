@@ -46,7 +46,9 @@ target_sources (Pulsewright PRIVATE
     source/editor/SaveDialog.cpp
     source/editor/SaveDialog.h
     source/editor/Theme.cpp
-    source/editor/Theme.h)
+    source/editor/Theme.h
+    source/editor/UnansweredDrag.cpp
+    source/editor/UnansweredDrag.h)
 
 # Warnings are for our files alone: the same target also compiles JUCE's modules.
 get_target_property (pulsewright_sources Pulsewright SOURCES)

@@ -167,7 +167,7 @@ TEST (Cli, NumbersOutOfRangeFollowTheMusicsOwnRules)
     EXPECT_EQ (jsonFrom ("pattern --bars -3").at ("bars"), 1);
     EXPECT_EQ (jsonFrom ("pattern --genre 7").at ("name"), "Unknown Verse");
     EXPECT_EQ (jsonFrom ("pattern --section 9").at ("name"), "Boom Bap Section");
-    EXPECT_EQ (jsonFrom ("pattern --density 1.7 --energy -2"), jsonFrom ("pattern --density 1 --energy 0"));
+    EXPECT_EQ (jsonFrom ("pattern --density 1.7 --energy -2"), jsonFrom ("pattern --density 1e999 --energy 1e-999"));
     EXPECT_EQ (jsonFrom ("pattern --take 4294967298"), jsonFrom ("pattern --take 2"));
     EXPECT_EQ (jsonFrom ("pattern --salt 0xE60B2026"), jsonFrom ("pattern --take 0"));
     EXPECT_EQ (jsonFrom ("song --bars 0").at ("totalBars"), 80);
@@ -196,6 +196,7 @@ TEST (Cli, BadWordsEndWithTheChoices)
         { "pattern --density nan",         "number" },
         { "pattern --hats-probability 1x", "number" },
         { "pattern --tempo inf",           "number" },
+        { "pattern --tempo +-90",          "number" },
         { "pattern --colour red",          "--help" },
         { "pattern --bars",                "--bars" },
         { "song --structure rondo",        "Verse / Chorus" },

@@ -96,6 +96,7 @@ inline std::vector<BadState> badStates (const juce::MemoryBlock& good)
         { "deep in overlong UTF-8",   overlong },
         { "entities in the header",   framed ("<?xml '?><!DOCTYPE x [<!ENTITY a \"x&a;\">]><PulsewrightState>&a;</PulsewrightState>'?>") },
         { "entities",                 framed ("<!DOCTYPE x [<!ENTITY a \"aaaa\"><!ENTITY b \"&a;&a;\">]>" + stateText ("seedCounter=\"9\"")) },
+        { "entities without an end",  framed ("<PulsewrightState seedCounter=\"9\">" + many ("&", 65000) + "</PulsewrightState>") },
         { "enormous",                 framed (stateText ("", many ("<PARAM id=\"density\" value=\"1\"/>", 100000))) }
     };
     // clang-format on

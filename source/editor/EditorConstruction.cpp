@@ -69,6 +69,10 @@ PulsewrightAudioProcessorEditor::PulsewrightAudioProcessorEditor (PulsewrightAud
     setTitle ("Pulsewright");
     setFocusContainerType (FocusContainerType::keyboardFocusContainer);
 
+    // A click into a window hands the keyboard to somebody in it: to the editor, which leaves it to the host.
+    setWantsKeyboardFocus (true);
+
+    formSeen           = processor.getChosenForm();
     restoresAtLastTick = restoresSettled = processor.getRestoreCount();
 
     addLabels();
@@ -86,11 +90,13 @@ PulsewrightAudioProcessorEditor::PulsewrightAudioProcessorEditor (PulsewrightAud
 
     refreshSongView();
     startTimer (timerIntervalMs);
+    juce::Desktop::getInstance().addFocusChangeListener (this);
 }
 
 PulsewrightAudioProcessorEditor::~PulsewrightAudioProcessorEditor()
 {
     stopTimer();
+    juce::Desktop::getInstance().removeFocusChangeListener (this);
     setLookAndFeel (nullptr);
 }
 
@@ -132,11 +138,10 @@ void PulsewrightAudioProcessorEditor::addControl (juce::Component& control, cons
     control.setTitle (title);
     control.setMouseClickGrabsKeyboardFocus (false); // a click leaves the keyboard to the host
 
+    control.addMouseListener (this, true); // for the focus outline and the host's menu
+
     if (boundParameter != nullptr)
-    {
         control.getProperties().set ("parameter", boundParameter);
-        control.addMouseListener (this, true); // for the host's menu
-    }
 
     addAndMakeVisible (control);
 }
@@ -217,7 +222,7 @@ void PulsewrightAudioProcessorEditor::addMacros()
         sliderAttachments[i] = std::make_unique<SliderAttachment> (processor.parameters, info.parameter, slider);
         slider.setDoubleClickReturnValue (true, info.doubleClickValue, juce::ModifierKeys::altModifier);
         slider.showPercentages();
-        slider.onValueChange = [this] { macroChanged(); };
+        slider.onValueChange = [this, &slider] { macroChanged (slider); };
     }
 }
 
@@ -263,24 +268,24 @@ void PulsewrightAudioProcessorEditor::addSections()
 
 void PulsewrightAudioProcessorEditor::arrangeFocus()
 {
-    std::vector<juce::Component*> order { &genreBox,        &soundKitBox,    &playModeBox,     &patternLengthBox, &songStructureBox,
-                                          &songDurationBox, &generateButton, &buildSongButton, &previewButton };
+    focusOrder = { &genreBox,        &soundKitBox,    &playModeBox,     &patternLengthBox, &songStructureBox,
+                   &songDurationBox, &generateButton, &buildSongButton, &previewButton };
 
     for (auto& slider : macroSliders)
-        order.push_back (&slider);
+        focusOrder.push_back (&slider);
 
     for (std::size_t i = 0; i < lockButtons.size(); ++i)
-        order.insert (order.end(), { &lockButtons[i], &probabilitySliders[i] });
+        focusOrder.insert (focusOrder.end(), { &lockButtons[i], &probabilitySliders[i] });
 
-    order.insert (order.end(), { &mutateButton, &newFillButton });
+    focusOrder.insert (focusOrder.end(), { &mutateButton, &newFillButton });
 
     for (auto& button : sectionButtons)
-        order.push_back (&button);
+        focusOrder.push_back (&button);
 
-    order.insert (order.end(), { &saveButton, &patternDragButton, &songDragButton });
+    focusOrder.insert (focusOrder.end(), { &saveButton, &patternDragButton, &songDragButton });
 
-    for (std::size_t i = 0; i < order.size(); ++i)
-        order[i]->setExplicitFocusOrder (static_cast<int> (i) + 1);
+    for (std::size_t i = 0; i < focusOrder.size(); ++i)
+        focusOrder[i]->setExplicitFocusOrder (static_cast<int> (i) + 1);
 }
 
 } // namespace pulsewright

@@ -52,7 +52,7 @@ EditorLayout::EditorLayout (int width, int height, int visibleSections)
     duration    = captioned (column, 14, 25, 3);
 
     auto generation = column.removeFromTop (31);
-    generateButton  = generation.removeFromLeft ((generation.getWidth() - 5) / 2);
+    generateButton  = generation.removeFromLeft (juce::jmax (0, generation.getWidth() - 5) / 2);
     generation.removeFromLeft (5);
     buildSongButton = generation;
     column.removeFromTop (4);

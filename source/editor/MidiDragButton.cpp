@@ -3,6 +3,8 @@
 
 #include "MidiDragButton.h"
 
+#include "UnansweredDrag.h"
+
 namespace pulsewright
 {
 
@@ -41,6 +43,7 @@ MidiDragButton::MidiDragButton (const juce::String& label, std::function<juce::F
 void MidiDragButton::mouseDown (const juce::MouseEvent& event)
 {
     dragStarted = false;
+    endUnansweredDrag (*this);
     TextButton::mouseDown (event);
 }
 

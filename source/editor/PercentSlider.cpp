@@ -28,12 +28,30 @@ bool PercentSlider::keyPressed (const juce::KeyPress& key)
     const bool isUp   = key == juce::KeyPress::upKey || key == juce::KeyPress::rightKey;
     const bool isDown = key == juce::KeyPress::downKey || key == juce::KeyPress::leftKey;
 
+    if (key == juce::KeyPress::returnKey)
+    {
+        showTextBox();
+        return true;
+    }
+
     if (! isUp && ! isDown)
-        return Slider::keyPressed (key);
+        return false;
 
     const ScopedDragNotification gesture (*this);
     setValue (getValue() + (isUp ? shownStep : -shownStep), juce::sendNotificationSync);
     return true;
+}
+
+void PercentSlider::lookAndFeelChanged()
+{
+    Slider::lookAndFeelChanged(); // makes the text box
+
+    for (auto* child : getChildren())
+    {
+        child->setWantsKeyboardFocus (false); // one stop for the tab key, not two
+        child->setColour (juce::Label::outlineWhenEditingColourId, juce::Colours::transparentBlack);
+        child->setColour (juce::TextEditor::focusedOutlineColourId, juce::Colours::transparentBlack);
+    }
 }
 
 void PercentSlider::mouseDown (const juce::MouseEvent& event)

@@ -18,11 +18,24 @@ public:
     /** Shows and reads whole percentages. Call once a parameter is attached: the attachment brings texts of its own. */
     void showPercentages();
 
-    /** Arrow keys move by what is shown, 1, in a gesture of their own, so that a host records it. */
+    /** Arrow keys move by what is shown, 1, in a gesture of their own, so that a host records it; return
+        opens the text box.
+    */
     bool keyPressed (const juce::KeyPress& key) override;
 
     /** The right button belongs to the host's menu. */
     void mouseDown (const juce::MouseEvent& event) override;
+
+    /** Whether a change comes from the mouse, the keyboard or the text box, not from the parameter. */
+    bool isMovedByHand() const noexcept { return movedByHand; }
+
+    void lookAndFeelChanged() override;
+
+private:
+    void startedDragging() override { movedByHand = true; }
+    void stoppedDragging() override { movedByHand = false; }
+
+    bool movedByHand = false;
 };
 
 } // namespace pulsewright

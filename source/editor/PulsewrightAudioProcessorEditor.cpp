@@ -8,8 +8,8 @@
 #include "Palette.h"
 
 #include "export/MidiExport.h"
-#include "generation/SongBuilder.h"
 
+#include <algorithm>
 namespace pulsewright
 {
 
@@ -121,19 +121,30 @@ void PulsewrightAudioProcessorEditor::formChosen()
 
 void PulsewrightAudioProcessorEditor::buildChosenSong()
 {
-    // A box also speaks up when a restore has moved it. The song of that choice is there already, or is
-    // about to be.
-    if (! processor.isRestoring() && ! processor.isSongAsChosen())
+    const auto form = processor.getChosenForm();
+
+    if (processor.isRestoring() || form == formSeen)
+        return;
+
+    formSeen = form;
+
+    // A box also speaks up when a restore has moved it; then the song of that form is there already.
+    if (! (isEchoOfRestore() && processor.isSongAsChosen()))
         processor.buildSong();
 }
 
-void PulsewrightAudioProcessorEditor::macroChanged()
+void PulsewrightAudioProcessorEditor::macroChanged (const PercentSlider& slider)
 {
-    if (processor.isRestoring() || processor.getRestoreCount() != restoresSettled)
+    if (isEchoOfRestore() && ! slider.isMovedByHand())
         return;
 
     lastSliderChangeMs = juce::Time::getMillisecondCounterHiRes();
     regeneratePending  = true;
+}
+
+bool PulsewrightAudioProcessorEditor::isEchoOfRestore() const noexcept
+{
+    return processor.isRestoring() || processor.getRestoreCount() != restoresSettled;
 }
 
 void PulsewrightAudioProcessorEditor::togglePreview()
@@ -284,29 +295,53 @@ void PulsewrightAudioProcessorEditor::refreshStatus()
 }
 
 //==============================================================================
-void PulsewrightAudioProcessorEditor::focusOfChildComponentChanged (FocusChangeType cause)
+void PulsewrightAudioProcessorEditor::globalFocusChanged (juce::Component* focused)
 {
-    isNavigatedByKeyboard = cause == focusChangedByTabKey;
-    repaint();
+    const auto control = std::find_if (focusOrder.begin(), focusOrder.end(), [focused] (auto* c) { return c == focused || c->isParentOf (focused); });
+
+    const auto outline = isNavigatedByKeyboard && control != focusOrder.end() ? (*control)->getBounds() : juce::Rectangle<int>();
+
+    if (outline != focusOutline)
+    {
+        repaint (focusOutline);
+        repaint (outline);
+        focusOutline = outline;
+    }
+}
+
+void PulsewrightAudioProcessorEditor::navigateByKeyboard (bool byKeyboard)
+{
+    isNavigatedByKeyboard = byKeyboard;
+    globalFocusChanged (getCurrentlyFocusedComponent());
 }
 
 void PulsewrightAudioProcessorEditor::paintOverChildren (juce::Graphics& g)
 {
-    const auto* focused = getCurrentlyFocusedComponent();
-
-    if (! isNavigatedByKeyboard || focused == nullptr || ! isParentOf (focused))
-        return;
-
-    g.setColour (palette::textColour);
-    g.drawRoundedRectangle (getLocalArea (focused->getParentComponent(), focused->getBounds()).toFloat().reduced (0.5f), 6.0f, 1.5f);
+    if (! focusOutline.isEmpty())
+    {
+        g.setColour (palette::textColour);
+        g.drawRoundedRectangle (focusOutline.toFloat().reduced (1.5f), 6.0f, 2.0f);
+    }
 }
 
 bool PulsewrightAudioProcessorEditor::keyPressed (const juce::KeyPress& key)
 {
+    auto* focused = getCurrentlyFocusedComponent();
+
+    if (key.isKeyCode (juce::KeyPress::tabKey))
+    {
+        navigateByKeyboard (true);
+
+        // The editor holds the keyboard until somebody tabs into its controls.
+        if (focused != this)
+            return false;
+
+        (key.getModifiers().isShiftDown() ? focusOrder.back() : focusOrder.front())->grabKeyboardFocus();
+        return true;
+    }
+
     if (key != juce::KeyPress::spaceKey && key != juce::KeyPress::returnKey)
         return false;
-
-    auto* focused = getCurrentlyFocusedComponent();
 
     if (auto* button = dynamic_cast<juce::Button*> (focused))
         button->triggerClick();
@@ -320,6 +355,8 @@ bool PulsewrightAudioProcessorEditor::keyPressed (const juce::KeyPress& key)
 
 void PulsewrightAudioProcessorEditor::mouseDown (const juce::MouseEvent& event)
 {
+    navigateByKeyboard (false);
+
     if (! event.mods.isPopupMenu() || getHostContext() == nullptr)
         return;
 

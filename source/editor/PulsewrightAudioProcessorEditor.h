@@ -20,7 +20,7 @@ namespace pulsewright
 /** Shows what the processor has and asks it for more. It holds no music: it polls the processor's
     change counter and copies what it draws. Thread: message.
 */
-class PulsewrightAudioProcessorEditor final : public juce::AudioProcessorEditor, private juce::Timer
+class PulsewrightAudioProcessorEditor final : public juce::AudioProcessorEditor, private juce::FocusChangeListener, private juce::Timer
 {
 public:
     using Theme       = pulsewright::Theme;
@@ -34,7 +34,6 @@ public:
     void paintOverChildren (juce::Graphics& g) override;
     bool keyPressed (const juce::KeyPress& key) override;
     void mouseDown (const juce::MouseEvent& event) override;
-    void focusOfChildComponentChanged (FocusChangeType cause) override;
 
     /** Asks where to save the song or the current pattern, and saves it. */
     void exportMidi (bool isSong);
@@ -65,10 +64,15 @@ private:
     // What controls do.
     void formChosen();
     void buildChosenSong();
-    void macroChanged();
+    void macroChanged (const PercentSlider& slider);
+    bool isEchoOfRestore() const noexcept;
     void togglePreview();
     void reportExport (juce::Button& button, const juce::String& prefix, const juce::String& shown, const juce::String& lasting);
     void writeExport (const juce::File& file, bool isSong);
+
+    // Where the keyboard is.
+    void globalFocusChanged (juce::Component* focused) override;
+    void navigateByKeyboard (bool byKeyboard);
 
     // What the timer keeps current.
     void timerCallback() override;
@@ -108,7 +112,11 @@ private:
     // Restores as of the last tick and the one before: what moves the knobs in between is their echo.
     std::uint32_t restoresAtLastTick = 0, restoresSettled = 0;
 
+    PulsewrightAudioProcessor::SongForm formSeen; // that a song was built for last, or that the window opened on
+
+    std::vector<juce::Component*> focusOrder;
     bool isNavigatedByKeyboard = false;
+    juce::Rectangle<int> focusOutline; // empty where none is drawn
 
     JUCE_DECLARE_NON_COPYABLE_WITH_LEAK_DETECTOR (PulsewrightAudioProcessorEditor)
 };

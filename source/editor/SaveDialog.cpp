@@ -27,7 +27,6 @@ void SaveDialog::ask (const juce::File& newSuggestion, juce::Component& newWindo
 void SaveDialog::open (bool platformsOwn)
 {
     const auto isPlatforms = platformsOwn && juce::FileChooser::isPlatformDialogAvailable();
-    const auto openedAtMs  = juce::Time::getMillisecondCounterHiRes();
 
     // JUCE changes the process's working directory to start the dialog's program: it is the host's.
     const auto workingDirectory = juce::File::getCurrentWorkingDirectory();
@@ -36,16 +35,17 @@ void SaveDialog::open (bool platformsOwn)
         std::make_unique<juce::FileChooser> (dialogTitle, suggestion, "*.mid", isPlatforms, false, isPlatforms ? nullptr : window.getComponent());
     chooser->launchAsync (juce::FileBrowserComponent::saveMode | juce::FileBrowserComponent::canSelectFiles
                               | juce::FileBrowserComponent::warnAboutOverwriting,
-                          [self = juce::WeakReference (this), isPlatforms, openedAtMs] (const juce::FileChooser& c)
+                          [self = juce::WeakReference (this), isPlatforms] (const juce::FileChooser& c)
                           {
                               if (self != nullptr)
-                                  self->finished (c.getResult(), isPlatforms, openedAtMs);
+                                  self->finished (c.getResult(), isPlatforms);
                           });
 
+    openedAtMs = juce::Time::getMillisecondCounterHiRes(); // looking for the program took its time
     workingDirectory.setAsCurrentWorkingDirectory();
 }
 
-void SaveDialog::finished (const juce::File& file, bool platformsOwn, double openedAtMs)
+void SaveDialog::finished (const juce::File& file, bool platformsOwn)
 {
     if (file == juce::File())
     {
@@ -69,17 +69,18 @@ void SaveDialog::finished (const juce::File& file, bool platformsOwn, double ope
         return chosen (target);
 
     // The dialog asked about the name that was typed, which is not the one that will be written.
-    juce::AlertWindow::showAsync (juce::MessageBoxOptions::makeOptionsOkCancel (juce::MessageBoxIconType::QuestionIcon,
-                                                                                dialogTitle,
-                                                                                target.getFileName() + " already exists. Replace it?",
-                                                                                "Replace",
-                                                                                "Cancel",
-                                                                                window.getComponent()),
-                                  [self = juce::WeakReference (this), target] (int answer)
-                                  {
-                                      if (answer == 1 && self != nullptr)
-                                          self->chosen (target);
-                                  });
+    question =
+        juce::AlertWindow::showScopedAsync (juce::MessageBoxOptions::makeOptionsOkCancel (juce::MessageBoxIconType::QuestionIcon,
+                                                                                          dialogTitle,
+                                                                                          target.getFileName() + " already exists. Replace it?",
+                                                                                          "Replace",
+                                                                                          "Cancel",
+                                                                                          window.getComponent()),
+                                            [self = juce::WeakReference (this), target] (int answer)
+                                            {
+                                                if (answer == 1 && self != nullptr)
+                                                    self->chosen (target);
+                                            });
 }
 
 } // namespace pulsewright

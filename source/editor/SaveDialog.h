@@ -30,9 +30,11 @@ public:
 
 private:
     void open (bool platformsOwn);
-    void finished (const juce::File& file, bool platformsOwn, double openedAtMs);
+    void finished (const juce::File& file, bool platformsOwn);
 
     std::unique_ptr<juce::FileChooser> chooser;
+    juce::ScopedMessageBox question;
+    double openedAtMs = 0.0;
     juce::File suggestion;
     juce::Component::SafePointer<juce::Component> window;
     std::function<void (const juce::File&)> chosen;

@@ -240,7 +240,7 @@ SongArrangement PulsewrightAudioProcessor::getSong() const
 bool PulsewrightAudioProcessor::isSongAsChosen() const
 {
     const juce::ScopedLock lock (dataLock);
-    return songForm == SongForm { values.genre(), values.songDuration(), values.songStructure() };
+    return songForm == getChosenForm();
 }
 
 //==============================================================================

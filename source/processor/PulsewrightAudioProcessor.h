@@ -61,7 +61,17 @@ public:
     DrumPattern getPattern() const;
     SongArrangement getSong() const;
 
-    /** Whether the song is already one of the chosen genre, duration and structure. */
+    /** What decides which song is built. */
+    struct SongForm
+    {
+        Genre genre;
+        std::uint32_t duration, structure;
+        bool operator== (const SongForm&) const = default;
+    };
+
+    SongForm getChosenForm() const noexcept { return { values.genre(), values.songDuration(), values.songStructure() }; }
+
+    /** Whether the song is already one of the chosen form. */
     bool isSongAsChosen() const;
 
     //==============================================================================
@@ -140,13 +150,6 @@ private:
     static constexpr const char* stateType    = "PulsewrightState";
     static constexpr int noSection            = -1;
     static constexpr std::int32_t openingBars = 2; ///< of the verse that a new or restored instance opens with
-
-    struct SongForm
-    {
-        Genre genre;
-        std::uint32_t duration, structure;
-        bool operator== (const SongForm&) const = default;
-    };
 
     // Under the data lock.
     void refreshSettings();

@@ -15,6 +15,7 @@ namespace pulsewright
 namespace
 {
     // As the parameter tree writes its children.
+    const juce::Identifier parameterType { "PARAM" };
     const juce::Identifier idProperty { "id" };
     const juce::Identifier valueProperty { "value" };
 
@@ -28,12 +29,13 @@ namespace
     //==============================================================================
     // A state of ours has some twenty elements and is under two kilobytes. Larger ones are let through as
     // far as parsing them is safe and quick.
-    constexpr int largestState        = 1 << 16; // bytes
-    constexpr std::ptrdiff_t mostTags = 256;
+    constexpr int largestState         = 1 << 16; // bytes
+    constexpr std::ptrdiff_t mostMarks = 256;
 
     /** Whether the XML parser can be trusted with a text. It calls itself for every level of nesting and
         for every entity, and forgives much that is not XML, so its reading is not guessed at: these
-        bounds hold whatever it makes of the text. A state that was saved is plain ASCII, has one header
+        bounds hold whatever it makes of the text. (Of entities it also searches the whole rest of the text
+        for the end.) A state that was saved is plain ASCII, has one header
         and no markup in its values; one that was cut short does not end with a tag.
     */
     bool isSafeToParse (std::string_view text)
@@ -43,8 +45,8 @@ namespace
         const auto lastChar = text.find_last_not_of (" \t\r\n");
         const bool isWhole  = lastChar != text.npos && text[lastChar] == '>';
 
-        return isPlain && isWhole && std::count (text.begin(), text.end(), '<') <= mostTags && text.find ("<!") == text.npos
-            && text.find ("<?", 1) == text.npos;
+        return isPlain && isWhole && std::count (text.begin(), text.end(), '<') <= mostMarks
+            && std::count (text.begin(), text.end(), '&') <= mostMarks && text.find ("<!") == text.npos && text.find ("<?", 1) == text.npos;
     }
 
     std::unique_ptr<juce::XmlElement> parseState (const void* data, int size)
@@ -94,30 +96,30 @@ namespace
         return juce::jlimit (static_cast<double> (range.start), static_cast<double> (range.end), std::isnan (value) ? 0.0 : value);
     }
 
-    /** The tree's own state with the values that are stored, each made safe, and the default where there
-        is none. What else was stored, by a later version say, is not carried along: a save is ours alone.
+    /** Makes every parameter's stored value safe and gives those that are missing their defaults. What a
+        later version has stored besides stays where it is.
     */
-    juce::ValueTree stateFrom (const juce::XmlElement& stored, juce::AudioProcessorValueTreeState& parameters)
+    void complete (juce::ValueTree state, const juce::AudioProcessorValueTreeState& parameters)
     {
-        auto state = parameters.copyState();
-
-        for (auto child : state)
+        for (auto* parameter : parameters.processor.getParameters())
         {
-            const auto* parameter = parameters.getParameter (child[idProperty].toString());
+            const auto* ranged = dynamic_cast<juce::RangedAudioParameter*> (parameter);
 
-            if (parameter == nullptr)
+            if (ranged == nullptr)
                 continue;
 
-            const auto* element = stored.getChildByAttribute (idProperty.toString(), parameter->paramID);
-            const bool isStored = element != nullptr && element->hasAttribute (valueProperty.toString());
+            if (! state.getChildWithProperty (idProperty, ranged->paramID).isValid())
+                state.appendChild (juce::ValueTree (parameterType, { { idProperty, ranged->paramID } }), nullptr);
 
-            child.setProperty (valueProperty,
-                               isStored ? safeValue (element->getStringAttribute (valueProperty.toString()), parameter->getNormalisableRange())
-                                        : static_cast<double> (parameter->convertFrom0to1 (parameter->getDefaultValue())),
-                               nullptr);
+            const auto defaultValue = static_cast<double> (ranged->convertFrom0to1 (ranged->getDefaultValue()));
+
+            for (auto child : state)
+                if (child[idProperty].toString() == ranged->paramID)
+                    child.setProperty (valueProperty,
+                                       child.hasProperty (valueProperty) ? safeValue (child[valueProperty].toString(), ranged->getNormalisableRange())
+                                                                         : defaultValue,
+                                       nullptr);
         }
-
-        return state;
     }
 } // namespace
 
@@ -141,6 +143,9 @@ void PulsewrightAudioProcessor::setStateInformation (const void* data, int size)
     if (xml == nullptr || xml->getTagName() != stateType)
         return;
 
+    auto state = juce::ValueTree::fromXml (*xml);
+    complete (state, parameters);
+
     ++restoresUnderway;
 
     seedCounter = xml->hasAttribute (seedCounterProperty) ? counterFrom (xml->getStringAttribute (seedCounterProperty)) : 1u;
@@ -148,7 +153,7 @@ void PulsewrightAudioProcessor::setStateInformation (const void* data, int size)
     for (std::size_t lane = 0; lane < laneLocks.size(); ++lane)
         laneLocks[lane] = static_cast<bool> (juce::var (xml->getStringAttribute (lockProperty (lane))));
 
-    parameters.replaceState (stateFrom (*xml, parameters));
+    parameters.replaceState (state);
     rebuildFromCounter();
 
     ++restoreCount;

@@ -30,6 +30,11 @@ export HOME=$scratch/home
 export XDG_CONFIG_HOME=$HOME/config XDG_CACHE_HOME=$HOME/cache XDG_DATA_HOME=$HOME/data
 export VST3_PATH=$scratch/vst3
 unset DISPLAY WAYLAND_DISPLAY
+
+# Where the processor has AVX-512, an export of Ardour 7.3 writes past the end of a buffer, whatever the
+# plug-in, and one run in four crashes. Told of no such processor features, it takes its plain routines.
+export ARDOUR_FPU_FLAGS=0
+
 mkdir -p "$VST3_PATH" "$XDG_CONFIG_HOME/ardour7/export" "$XDG_CACHE_HOME" "$XDG_DATA_HOME"
 
 # Ardour takes a bundle no older than its scan for a changed one and leaves it out.
@@ -60,15 +65,8 @@ cat > "$XDG_CONFIG_HOME/ardour7/export/float.preset" << END
 </ExportPreset>
 END
 
-# Ardour 7.3's session tool corrupts its own heap in one run out of four, with any plug-in (its own LV2
-# synthesizer too), and dies of a signal. A crash of ours would come back every time.
-for attempt in 1 2 3 4 5 6; do
-    rm -rf "$scratch/session" "$scratch/export"
-    log=$(timeout -k 5 60 ardour7-lua "$here/session.lua" "$(attribute uid)" "$scratch/session" "$scratch/export" $preset 2>&1 < /dev/null)
-    status=$?
-    (( status > 128 )) || break
-    echo "note: attempt $attempt ended with Ardour's signal $((status - 128))"
-done
+log=$(timeout -k 5 60 ardour7-lua "$here/session.lua" "$(attribute uid)" "$scratch/session" "$scratch/export" $preset 2>&1 < /dev/null)
+status=$?
 [[ $status != 124 ]] || fail "expected Ardour's session to end; after 60 seconds it had not. It printed: $log"
 [[ $status == 0 ]] || fail "Ardour's session ended with $status. It printed: $log"
 

@@ -135,18 +135,22 @@ std::uint32_t integerModulo32 (std::string_view option, std::string_view text)
 
 double number (std::string_view option, std::string_view text)
 {
-    const auto digits = ! text.empty() && text.front() == '+' ? text.substr (1) : text;
+    const bool hasPlus = text.size() > 1 && text.front() == '+' && text[1] != '-';
+    const auto digits  = hasPlus ? text.substr (1) : text;
     double value {};
     const auto [end, error] = std::from_chars (digits.data(), digits.data() + digits.size(), value);
 
     if (digits.empty() || end != digits.data() + digits.size() || error == std::errc::invalid_argument || std::isnan (value) || std::isinf (value))
         throw noNumber (option, text, "a number");
 
-    // Too large or too small for a double, but a number all the same.
-    if (error == std::errc::result_out_of_range)
-        return digits.front() == '-' ? std::numeric_limits<double>::lowest() : std::numeric_limits<double>::max();
+    if (error != std::errc::result_out_of_range)
+        return value;
 
-    return value;
+    // Too large or too small for a double, but a number all the same.
+    const auto exponent = digits.find_first_of ("eE");
+    const bool isTiny   = exponent != digits.npos && digits.substr (exponent + 1).starts_with ('-');
+    const auto huge     = std::numeric_limits<double>::max();
+    return isTiny ? 0.0 : digits.front() == '-' ? -huge : huge;
 }
 
 std::vector<std::string_view> commaSeparated (std::string_view text)

@@ -5,7 +5,9 @@
 
 #include "export/MidiFileWriter.h"
 
+#include <cstdlib>
 #include <fstream>
+#include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
 
@@ -21,7 +23,27 @@ namespace
         throw WriteFailure (MidiFileWriter::cannotOpenMessage);
     }
 
-    /** Whether a file can be opened for writing, or made; what is in it stays. */
+    /** A new file with a name of its own in the same folder; empty when there can be none. */
+    fs::path makeFileBeside (const fs::path& target)
+    {
+        auto name      = (target.parent_path() / ".pulsewright-XXXXXX").string();
+        const int file = mkstemp (name.data());
+
+        if (file < 0)
+            return {};
+
+        close (file);
+        return name;
+    }
+
+    fs::perms permissionsOfNewFiles()
+    {
+        const auto mask = umask (0);
+        umask (mask);
+        return static_cast<fs::perms> (0666u & ~mask);
+    }
+
+    /** Whether a file can be opened for writing; what is in it stays. */
     bool opensForWriting (const fs::path& path)
     {
         return std::ofstream (path, std::ios::binary | std::ios::app).is_open();
@@ -31,35 +53,34 @@ namespace
 FileReplacement::FileReplacement (const fs::path& requested)
 {
     std::error_code error;
-    const auto status     = fs::status (requested, error);
-    const bool isNew      = ! fs::exists (status);
-    const bool isDangling = isNew && fs::is_symlink (fs::symlink_status (requested, error));
+    const auto status = fs::status (requested, error);
+    const bool isNew  = ! fs::exists (status);
 
     target = workPath = requested;
 
     if (fs::is_directory (status))
         cannotOpen();
 
-    // A device, a pipe, or a link to what is not there yet: nothing to put in its place.
-    if (isDangling || (! isNew && ! fs::is_regular_file (status)))
-        return;
+    if (! isNew && ! fs::is_regular_file (status))
+        return; // a device or a pipe: nothing to put in its place
+
+    // The file behind a link is replaced, or made, not the link.
+    error.clear();
 
     if (! isNew)
+        target = fs::canonical (requested, error);
+    else if (fs::is_symlink (fs::symlink_status (requested, error)))
+        target = requested.parent_path() / fs::read_symlink (requested, error);
+
+    workPath = target;
+
+    if (error || (! isNew && ! opensForWriting (target)))
+        cannotOpen();
+
+    if (auto aside = makeFileBeside (target); ! aside.empty())
     {
-        target = workPath = fs::canonical (requested, error); // the file behind a link is replaced, not the link
-
-        if (error || ! opensForWriting (target))
-            cannotOpen();
-    }
-
-    const auto aside = target.parent_path() / (".pulsewright-" + std::to_string (getpid()));
-
-    if (opensForWriting (aside))
-    {
-        workPath = aside;
-
-        if (! isNew)
-            fs::permissions (workPath, status.permissions(), error);
+        workPath = std::move (aside);
+        fs::permissions (workPath, isNew ? permissionsOfNewFiles() : status.permissions(), error);
     }
     else if (isNew)
     {

@@ -1,0 +1,292 @@
+// SPDX-FileCopyrightText: 2026 Tolm
+// SPDX-License-Identifier: AGPL-3.0-only
+
+// The window on a display, with a pointer and a keyboard (xdotool), and a receiver for what is dragged out.
+
+#include "HostLog.h"
+
+#include "editor/Palette.h"
+#include "editor/PulsewrightAudioProcessorEditor.h"
+#include "export/MidiFileWriter.h"
+
+#include <gtest/gtest.h>
+
+namespace pulsewright
+{
+
+namespace
+{
+    void runFor (int milliseconds)
+    {
+        juce::MessageManager::getInstance()->runDispatchLoopUntil (milliseconds);
+    }
+
+    /** Runs a program while the window goes on living. */
+    void run (const juce::String& command)
+    {
+        juce::ChildProcess process;
+        ASSERT_TRUE (process.start (command)) << command;
+        while (process.isRunning())
+            runFor (5);
+        ASSERT_EQ (process.getExitCode(), 0u) << command;
+    }
+
+    class Window : public testing::Test
+    {
+    protected:
+        Window()
+        {
+            editor->addToDesktop (juce::ComponentPeer::windowIsResizable);
+            editor->setTopLeftPosition (60, 60);
+            editor->setVisible (true);
+            runFor (400);
+        }
+
+        juce::Component& find (const juce::String& title)
+        {
+            for (auto* child : editor->getChildren())
+                if (child->getTitle() == title)
+                    return *child;
+
+            throw std::runtime_error ("no control is called " + title.toStdString());
+        }
+
+        juce::String middleOf (const juce::String& title, juce::Point<int> offset = {})
+        {
+            const auto point = find (title).getScreenBounds().getCentre() + offset;
+            return juce::String (point.x) + " " + juce::String (point.y);
+        }
+
+        void click (const juce::String& title)
+        {
+            run ("xdotool mousemove " + middleOf (title) + " sleep 0.05 click 1");
+            runFor (150);
+        }
+
+        void press (const juce::String& keys)
+        {
+            run ("xdotool key --delay 30 " + keys);
+            runFor (150);
+        }
+
+        PulsewrightAudioProcessor processor;
+        std::unique_ptr<PulsewrightAudioProcessorEditor> editor = std::make_unique<PulsewrightAudioProcessorEditor> (processor);
+    };
+
+    juce::File answers (const juce::String& script)
+    {
+        const auto file = juce::File::getSpecialLocation (juce::File::userHomeDirectory).getChildFile ("zenity-answer");
+        file.replaceWithText (script);
+        return file;
+    }
+
+    juce::File home (const char* name)
+    {
+        return juce::File::getSpecialLocation (juce::File::userHomeDirectory).getChildFile (name);
+    }
+
+    juce::MemoryBlock asBlock (const std::vector<std::uint8_t>& bytes)
+    {
+        return { bytes.data(), bytes.size() };
+    }
+
+    juce::MemoryBlock contentOf (const juce::File& file)
+    {
+        juce::MemoryBlock block;
+        file.loadFileAsData (block);
+        return block;
+    }
+} // namespace
+
+TEST_F (Window, ClicksDoWhatTheButtonsSay)
+{
+    click ("Generate groove");
+    EXPECT_EQ (processor.getSeedCounter(), 2u);
+    click ("New fill");
+    EXPECT_EQ (processor.getPattern().name, "Boom Bap Fill");
+    click ("lock snare");
+    EXPECT_TRUE (processor.isLaneLocked (1));
+    click ("Section CHORUS");
+    EXPECT_EQ (processor.getPattern().name, "Chorus");
+    click ("Build song");
+    EXPECT_EQ (processor.getPattern().name, "Intro");
+    click ("Preview");
+    EXPECT_TRUE (processor.isPreviewPlaying());
+    click ("Preview");
+    EXPECT_FALSE (processor.isPreviewPlaying());
+    click ("Mutate");
+    EXPECT_EQ (processor.getSeedCounter(), 5u);
+    runFor (300);
+    EXPECT_EQ (processor.getPattern().name, "Boom Bap Intro") << "the knobs that a mutation moved arm the refresh";
+    EXPECT_FALSE (editor->isParentOf (juce::Component::getCurrentlyFocusedComponent())) << "the keyboard is the host's";
+}
+
+TEST_F (Window, KnobsTurnAndTakeNumbers)
+{
+    const HostLog log (processor);
+    run ("xdotool mousemove " + middleOf ("energy") + " mousedown 1 mousemove_relative -- 0 -20 mousemove_relative -- 0 -20 mouseup 1");
+    runFor (100);
+    const ParameterReader values (processor.parameters);
+    EXPECT_GT (values.settingsValues()[1], 0.6f);
+    EXPECT_TRUE (log.text.startsWith ("[2=2") && log.text.endsWith ("]2")) << log.text;
+
+    runFor (250);
+    EXPECT_EQ (processor.getChangeCounter(), 1u) << "regenerated once";
+
+    const auto textBox = middleOf ("density", { 0, find ("density").getHeight() / 2 - 10 });
+    run ("xdotool mousemove " + textBox + " click --repeat 2 --delay 60 1");
+    runFor (200);
+    run ("xdotool key ctrl+a type 33");
+    press ("Return");
+    EXPECT_FLOAT_EQ (values.settingsValues()[0], 0.33f);
+
+    run ("xdotool mousemove " + middleOf ("swing") + " click --repeat 2 --delay 60 1");
+    runFor (100);
+    EXPECT_FLOAT_EQ (values.settingsValues()[3], 0.25f) << "a double click";
+}
+
+TEST_F (Window, TheKeyboardIsEnough)
+{
+    const auto focused    = [] { return juce::Component::getCurrentlyFocusedComponent(); };
+    const auto isOutlined = [this] (const juce::String& title)
+    {
+        const auto image = editor->createComponentSnapshot (editor->getLocalBounds());
+        const auto box   = find (title).getBounds();
+        return image.getPixelAt (box.getCentreX(), box.getY() + 1) == palette::textColour;
+    };
+
+    // A click leaves the keyboard with the editor, which wants none of its keys.
+    run ("xdotool mousemove 1100 140 click 1");
+    press ("space Down");
+    EXPECT_EQ (focused(), editor.get());
+    EXPECT_EQ (processor.getChangeCounter(), 0u);
+
+    press ("Tab Down Down");
+    EXPECT_EQ (focused(), &find ("Style"));
+    EXPECT_TRUE (isOutlined ("Style"));
+    EXPECT_EQ (static_cast<int> (ParameterReader (processor.parameters).genre()), 2);
+    EXPECT_EQ (processor.getPattern().name, "Intro") << "a genre builds a song";
+
+    // Past five boxes to GENERATE, on to BUILD, PREVIEW and the knobs.
+    press ("Tab Tab Tab Tab Tab Tab space");
+    EXPECT_TRUE (isOutlined ("Generate groove"));
+    EXPECT_FALSE (isOutlined ("Style"));
+    EXPECT_EQ (processor.getPattern().name, "Dub Verse");
+    press ("Tab Return");
+    EXPECT_EQ (processor.getPattern().name, "Intro");
+    press ("Tab space");
+    EXPECT_TRUE (processor.isPreviewPlaying());
+    press ("Tab Up Up Tab Return");
+    run ("xdotool key ctrl+a type 77");
+    press ("Return shift+Tab shift+Tab space");
+    EXPECT_FALSE (processor.isPreviewPlaying());
+    EXPECT_NEAR (ParameterReader (processor.parameters).settingsValues()[0], 0.5f, 1e-6);
+    EXPECT_FLOAT_EQ (ParameterReader (processor.parameters).settingsValues()[1], 0.77f);
+
+    // Every control is one stop: 38 of them, and round again.
+    press ("Tab");
+    auto* first = focused();
+    int stops   = 0;
+    do
+        press ("Tab");
+    while (++stops < 60 && focused() != first);
+    EXPECT_EQ (stops, 38);
+
+    run ("xdotool mousemove 1100 140 click 1");
+    runFor (100);
+    EXPECT_FALSE (isOutlined ("Preview") || isOutlined ("density"));
+}
+
+TEST_F (Window, KeepsToItsLimits)
+{
+    for (const auto& [to, expected] : { std::pair { "300 300", juce::Point (900, 720) }, { "1590 1190", juce::Point (1500, 1050) } })
+    {
+        const auto corner = editor->getScreenBounds().getBottomRight() - juce::Point (5, 5);
+        run ("xdotool mousemove " + juce::String (corner.x) + " " + juce::String (corner.y) + " sleep 0.1 mousedown 1 sleep 0.1 mousemove " + to
+             + " sleep 0.2 mousemove_relative 1 1 sleep 0.2 mouseup 1");
+        runFor (200);
+        EXPECT_EQ (editor->getLocalBounds().getBottomRight(), expected);
+    }
+}
+
+TEST_F (Window, DropsArrive)
+{
+    const auto dragTo = [this] (const juce::String& title, int x)
+    {
+        run ("xdotool mousemove " + middleOf (title) + " sleep 0.1 mousedown 1 sleep 0.1 mousemove_relative 20 0 sleep 0.2 mousemove "
+             + juce::String (x) + " 200 sleep 0.2 mousemove_relative 5 5 sleep 0.3 mouseup 1");
+        runFor (500);
+    };
+
+    const auto received = [] (juce::ChildProcess& receiver)
+    {
+        receiver.kill();
+        return receiver.readAllProcessOutput().fromFirstOccurrenceOf ("ready\n", false, false).trim();
+    };
+
+    for (const bool isSong : { true, false })
+    {
+        juce::ChildProcess receiver;
+        ASSERT_TRUE (receiver.start (juce::StringArray { PULSEWRIGHT_XDND_RECEIVER, "1250", "100", "300", "300" }));
+        runFor (300);
+        dragTo (isSong ? "Drag full song MIDI" : "Drag pattern MIDI", 1400);
+
+        const auto uri = received (receiver);
+        ASSERT_TRUE (uri.startsWith ("file:///") && uri.contains ("Pulsewright%20MIDI/")) << uri;
+        const juce::File file (juce::URL::removeEscapeChars (uri.fromFirstOccurrenceOf ("file://", false, false)));
+        EXPECT_EQ (contentOf (file),
+                   asBlock (isSong ? MidiFileWriter::bytesOf (processor.getSong(), 90) : MidiFileWriter::bytesOf (processor.getPattern(), 90)));
+    }
+
+    // A receiver that never says that it is done does not end all dragging.
+    for (int drop = 0; drop < 2; ++drop)
+    {
+        juce::ChildProcess receiver;
+        ASSERT_TRUE (receiver.start (juce::StringArray { PULSEWRIGHT_XDND_RECEIVER, "1250", "100", "300", "300", "never-finish" }));
+        runFor (300);
+        dragTo ("Drag pattern MIDI", 1400);
+        EXPECT_TRUE (received (receiver).startsWith ("file:///")) << "drop " << drop;
+    }
+}
+
+TEST_F (Window, SavesWhereTheDialogSays)
+{
+    const auto folder = juce::File::getCurrentWorkingDirectory();
+    const auto chosen = home ("my take.txt");
+    const auto target = home ("my take.mid");
+
+    answers ("sleep 1; echo '" + chosen.getFullPathName() + "'");
+    click ("Save selected MIDI");
+    runFor (1500);
+    EXPECT_EQ (contentOf (target), asBlock (MidiFileWriter::bytesOf (processor.getPattern(), 90)));
+    EXPECT_TRUE (dynamic_cast<juce::TextButton&> (find ("Save selected MIDI")).getTooltip().endsWith ("Saved " + target.getFullPathName()));
+    EXPECT_EQ (juce::File::getCurrentWorkingDirectory(), folder) << "the working directory is the host's";
+
+    // The name that was typed is free, the one that will be written is not: that one is asked about.
+    target.replaceWithText ("precious");
+    click ("Save selected MIDI");
+    runFor (1500);
+    EXPECT_EQ (target.loadFileAsString(), "precious");
+    ASSERT_NE (juce::Component::getCurrentlyModalComponent(), nullptr);
+    juce::Component::getCurrentlyModalComponent()->exitModalState (1);
+    runFor (200);
+    EXPECT_NE (target.loadFileAsString(), "precious");
+
+    // Cancel stays cancel; a program that is gone at once has asked nobody, and JUCE's dialog asks.
+    answers ("sleep 1; exit 1");
+    click ("Save selected MIDI");
+    runFor (1700);
+    EXPECT_EQ (juce::Component::getCurrentlyModalComponent(), nullptr);
+
+    answers ("exit 127");
+    click ("Save selected MIDI");
+    runFor (700);
+    ASSERT_NE (dynamic_cast<juce::FileChooserDialogBox*> (juce::Component::getCurrentlyModalComponent()), nullptr);
+
+    // The window may close while a dialog is open.
+    editor.reset();
+    runFor (300);
+    EXPECT_EQ (juce::Component::getCurrentlyModalComponent(), nullptr);
+}
+
+} // namespace pulsewright
