@@ -287,6 +287,13 @@ TEST (Cli, TargetsThatCannotBeWrittenLeaveNothing)
     EXPECT_TRUE (fs::is_symlink (folder / "link.mid"));
     EXPECT_GT (fs::file_size (target), 100u);
 
+    // So is the file behind a link that leads nowhere yet; a pipe is written into.
+    fs::create_symlink ("made.mid", folder / "dangling.mid");
+    EXPECT_EQ (cli ("pattern --midi " + quoted ((folder / "dangling.mid").string())).exitCode, 0);
+    EXPECT_TRUE (fs::is_symlink (folder / "dangling.mid") && fs::is_regular_file (folder / "made.mid"));
+    EXPECT_EQ (cli ("pattern --midi /dev/stdout | head -c 4").output, "MThd");
+    EXPECT_TRUE (fs::is_symlink ("/dev/stdout"));
+
     fs::remove_all (folder);
 }
 

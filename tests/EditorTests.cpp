@@ -123,6 +123,12 @@ TEST (Editor, PutsItsChildrenThere)
         EXPECT_EQ (find (*window.editor, "Pattern").getBounds(), layout.grid);
     }
 
+    window.editor->setBoundsConstrained ({ 0, 0, 3000, 3000 });
+    EXPECT_EQ (window.editor->getBounds(), Bounds (0, 0, 1500, 1050));
+    window.editor->setBoundsConstrained ({ 0, 0, 300, 300 });
+    EXPECT_EQ (window.editor->getBounds(), Bounds (0, 0, 900, 720));
+    window.editor->setSize (1500, 1050);
+
     // Fewer sections share the row; the buttons that are left over are hidden and stay where they are.
     const auto before = find (*window.editor, "Section OUTRO").getBounds();
     set (window.processor, parameterID::songStructure, 3.0f);

@@ -197,18 +197,6 @@ TEST_F (Window, TheKeyboardIsEnough)
     EXPECT_FALSE (isOutlined ("Preview") || isOutlined ("density"));
 }
 
-TEST_F (Window, KeepsToItsLimits)
-{
-    for (const auto& [to, expected] : { std::pair { "300 300", juce::Point (900, 720) }, { "1590 1190", juce::Point (1500, 1050) } })
-    {
-        const auto corner = editor->getScreenBounds().getBottomRight() - juce::Point (5, 5);
-        run ("xdotool mousemove " + juce::String (corner.x) + " " + juce::String (corner.y) + " sleep 0.1 mousedown 1 sleep 0.1 mousemove " + to
-             + " sleep 0.2 mousemove_relative 1 1 sleep 0.2 mouseup 1");
-        runFor (200);
-        EXPECT_EQ (editor->getLocalBounds().getBottomRight(), expected);
-    }
-}
-
 TEST_F (Window, DropsArrive)
 {
     const auto dragTo = [this] (const juce::String& title, int x)

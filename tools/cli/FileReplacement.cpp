@@ -55,6 +55,8 @@ FileReplacement::FileReplacement (const fs::path& requested)
     std::error_code error;
     const auto status = fs::status (requested, error);
     const bool isNew  = ! fs::exists (status);
+    const bool isLink = fs::is_symlink (fs::symlink_status (requested, error));
+    error.clear(); // what is not there yet is no error
 
     target = workPath = requested;
 
@@ -65,11 +67,9 @@ FileReplacement::FileReplacement (const fs::path& requested)
         return; // a device or a pipe: nothing to put in its place
 
     // The file behind a link is replaced, or made, not the link.
-    error.clear();
-
     if (! isNew)
         target = fs::canonical (requested, error);
-    else if (fs::is_symlink (fs::symlink_status (requested, error)))
+    else if (isLink)
         target = requested.parent_path() / fs::read_symlink (requested, error);
 
     workPath = target;
