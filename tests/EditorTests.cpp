@@ -176,42 +176,6 @@ TEST (Editor, DrawsWhatItShows)
 }
 
 //==============================================================================
-TEST (Editor, ButtonsDoWhatTheySay)
-{
-    Window window;
-    auto& processor = window.processor;
-    set (processor, parameterID::patternLength, 3.0f);
-
-    click (*window.editor, "Generate groove");
-    EXPECT_EQ (processor.getPattern().name, "Boom Bap Verse");
-    EXPECT_EQ (processor.getPattern().bars, 4);
-    click (*window.editor, "New fill");
-    EXPECT_EQ (processor.getPattern().name, "Boom Bap Fill");
-    click (*window.editor, "Mutate");
-    EXPECT_EQ (processor.getPattern().name, "Boom Bap Fill Mutated");
-    click (*window.editor, "Section CHORUS");
-    EXPECT_EQ (processor.getPattern(), processor.getSong().sections[3].pattern);
-    click (*window.editor, "Build song");
-    EXPECT_EQ (processor.getPattern().name, "Intro");
-    EXPECT_EQ (processor.getSeedCounter(), 5u);
-
-    auto& lock = find<juce::ToggleButton> (*window.editor, "lock hats");
-    lock.setToggleState (true, juce::dontSendNotification);
-    lock.onClick();
-    EXPECT_TRUE (processor.isLaneLocked (2));
-
-    auto& preview = find<juce::TextButton> (*window.editor, "Preview");
-    click (*window.editor, "Preview");
-    runFor (150);
-    EXPECT_TRUE (processor.isPreviewPlaying());
-    EXPECT_EQ (preview.getButtonText(), "STOP PREVIEW");
-    click (*window.editor, "Preview");
-    EXPECT_FALSE (processor.isPreviewPlaying());
-
-    EXPECT_EQ (find<juce::TextButton> (*window.editor, "Build song").getButtonText(), "BUILD 80-BAR SONG");
-    EXPECT_TRUE (find<juce::TextButton> (*window.editor, "Generate groove").getTooltip().contains ("next take 5"));
-}
-
 TEST (Editor, ChoicesBuildSongsAndOpeningChangesNothing)
 {
     Window window;

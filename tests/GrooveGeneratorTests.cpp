@@ -74,14 +74,6 @@ TEST (GrooveGenerator, LockedLanesSurviveMutation)
     EXPECT_EQ (again.sectionType, SectionType::fill);
 }
 
-TEST (GrooveGenerator, LengthIsClamped)
-{
-    const GenerationSettings settings;
-    EXPECT_EQ (GrooveGenerator::generate (settings, SectionType::verse, 0, 0).bars, 1);
-    EXPECT_EQ (GrooveGenerator::generate (settings, SectionType::verse, -5, 0).bars, 1);
-    EXPECT_EQ (GrooveGenerator::generate (settings, SectionType::verse, 500, 0).bars, 192);
-}
-
 TEST (GrooveGenerator, SilentLanesStaySilent)
 {
     for (std::uint32_t genre = 0; genre <= genreCount; ++genre)

@@ -110,8 +110,11 @@ TEST_F (Window, ClicksDoWhatTheButtonsSay)
     EXPECT_EQ (processor.getPattern().name, "Chorus");
     click ("Build song");
     EXPECT_EQ (processor.getPattern().name, "Intro");
+    EXPECT_EQ (dynamic_cast<juce::TextButton&> (find ("Build song")).getButtonText(), "BUILD 80-BAR SONG");
+    EXPECT_TRUE (dynamic_cast<juce::TextButton&> (find ("Generate groove")).getTooltip().contains ("next take 4"));
     click ("Preview");
     EXPECT_TRUE (processor.isPreviewPlaying());
+    EXPECT_EQ (dynamic_cast<juce::TextButton&> (find ("Preview")).getButtonText(), "STOP PREVIEW");
     click ("Preview");
     EXPECT_FALSE (processor.isPreviewPlaying());
     click ("Mutate");
