@@ -16,7 +16,7 @@ namespace
     thread_local bool isWatched = false;
     thread_local AudioThreadWatch::Counts watchedCounts;
 
-    void count (long AudioThreadWatch::Counts::*what) noexcept
+    [[maybe_unused]] void count (long AudioThreadWatch::Counts::*what) noexcept
     {
         if (isWatched)
             ++(watchedCounts.*what);

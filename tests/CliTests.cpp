@@ -121,7 +121,9 @@ namespace
 
 TEST (Cli, GivesTheReferencePatterns)
 {
-    for (const auto& c : reference::readCases ("patterns.json").at ("patterns"))
+    const auto cases = reference::readCases ("patterns.json");
+
+    for (const auto& c : cases.at ("patterns"))
     {
         std::string arguments = "pattern";
         for (const auto* key : { "genre", "section", "bars", "seed", "salt" })
@@ -141,7 +143,9 @@ TEST (Cli, GivesTheReferencePatterns)
 
 TEST (Cli, GivesTheReferenceMutationsAndSongs)
 {
-    for (const auto& c : reference::readCases ("patterns.json").at ("mutations"))
+    const auto cases = reference::readCases ("patterns.json");
+
+    for (const auto& c : cases.at ("mutations"))
     {
         std::string locks;
         for (std::uint32_t lane = 0; lane < laneCount; ++lane)

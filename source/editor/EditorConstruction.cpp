@@ -82,7 +82,7 @@ PulsewrightAudioProcessorEditor::PulsewrightAudioProcessorEditor (PulsewrightAud
     addLanes();
     addSections();
     arrangeFocus();
-    tooltips.setOpaque (false); // its corners are round
+    tooltips.setOpaque (false);      // its corners are round
     addAndMakeVisible (patternGrid); // last, above the others
 
     setResizable (true, true);
