@@ -91,29 +91,4 @@ TEST (GrooveGenerator, SilentLanesStaySilent)
     }
 }
 
-TEST (GrooveGenerator, SwingDelaysOddSixteenthsOnly)
-{
-    GenerationSettings settings;
-    settings.genre = Genre::trap;
-    settings.setValues ({ 1, 1, 1, 1, 1, 0, 0, 0, 1, 1, 1, 1 }); // full swing, no humanisation
-
-    const auto pattern = GrooveGenerator::generate (settings, SectionType::verse, 4, 0);
-
-    for (const auto& hit : pattern.hits)
-    {
-        const auto inThirtySeconds = hit.start * 8.0;
-        const auto onGrid          = std::abs (inThirtySeconds - std::round (inThirtySeconds)) < 1e-9;
-        const auto swung           = hit.start - 0.085;
-        const auto sixteenth       = std::floor (swung * 4.0 + 0.5 + 1e-9);
-
-        EXPECT_TRUE (onGrid || std::fmod (sixteenth, 2.0) == 1.0) << hit.start;
-    }
-
-    // The 32nd before the last sixteenth of a bar belongs to it and swings, the one after does not.
-    const auto has = [&] (double start)
-    { return countIn (pattern, [&] (const auto& hit) { return hit.note == note::closedHat && std::abs (hit.start - start) < 1e-9; }) == 1; };
-    EXPECT_TRUE (has (4.0 + 3.625 + 0.085));
-    EXPECT_TRUE (has (4.0 + 3.875));
-}
-
 } // namespace pulsewright

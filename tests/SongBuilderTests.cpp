@@ -84,23 +84,4 @@ TEST (SongBuilder, DurationsBecomeBars)
     EXPECT_EQ (SongBuilder::buildSong ({}, 0, 0).totalBars, 80u); // the genre's own length
 }
 
-TEST (SongArrangement, FlattensInOrderOfTime)
-{
-    const auto song = SongBuilder::buildSong ({}, 64, 0);
-    const auto hits = flatten (song);
-
-    std::size_t index = 0;
-
-    for (const auto& section : song.sections)
-        for (const auto& hit : section.pattern.hits)
-        {
-            ASSERT_LT (index, hits.size());
-            EXPECT_EQ (hits[index].start, hit.start + section.startBar * 4.0);
-            EXPECT_EQ (hits[index++].note, hit.note);
-        }
-
-    EXPECT_EQ (index, hits.size());
-    EXPECT_TRUE (std::is_sorted (hits.begin(), hits.end(), [] (const auto& a, const auto& b) { return a.start < b.start; }));
-}
-
 } // namespace pulsewright
