@@ -221,6 +221,21 @@ TEST (Cli, BadWordsEndWithTheChoices)
     EXPECT_EQ (cli ("song --help").exitCode, 0);
 }
 
+TEST (Cli, PrintsWithinEightyColumns)
+{
+    for (const auto* line :
+         { "pattern --bars 192 --genre 'drum & bass' --section 'verse variation' --mutate 3", "song --genre trap --structure 1", "song --bars 384" })
+    {
+        const auto outcome = cli (line);
+        EXPECT_EQ (outcome.exitCode, 0);
+        EXPECT_EQ (outcome.output.find ('\033'), outcome.output.npos) << "colour without a terminal";
+
+        std::istringstream lines (outcome.output);
+        for (std::string text; std::getline (lines, text);)
+            EXPECT_LE (text.size(), 80u) << text;
+    }
+}
+
 TEST (Cli, MidiFilesHaveTheNotesOfTheJson)
 {
     const auto folder = scratch();

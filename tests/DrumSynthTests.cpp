@@ -120,6 +120,22 @@ TEST (DrumSynth, TheSixtyFifthStrokeTakesTheFirstOnesPlace)
     }
 }
 
+TEST (DrumSynth, StartsAtTheSampleAndLeansToItsSide)
+{
+    // Right against left: the same for notes in the middle, 1.18 to 0.82 for odd percussion, and the
+    // other way round for even notes from 41 up.
+    const std::map<int, double> leanings { { 36, 1.0 },         { 38, 1.0 },         { 40, 1.0 },         { 42, 0.82 / 1.18 },
+                                           { 46, 0.82 / 1.18 }, { 45, 1.18 / 0.82 }, { 41, 1.18 / 0.82 }, { 39, 1.0 } };
+
+    for (const auto& [note, leaning] : leanings)
+    {
+        const auto buffer = render (noteAt (17, note), 0, 64);
+        EXPECT_TRUE (isSilent (buffer, 0, 17)) << note;
+        EXPECT_NE (buffer.getSample (0, 17), 0.0f) << note;
+        EXPECT_NEAR (std::atanh (buffer.getSample (1, 17)) / std::atanh (buffer.getSample (0, 17)), leaning, 1e-4) << note;
+    }
+}
+
 TEST (DrumSynth, OnlyNoteOnsSound)
 {
     juce::MidiBuffer midi;

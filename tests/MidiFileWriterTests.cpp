@@ -103,6 +103,19 @@ TEST (MidiFileWriter, NamesAreBytesAndTimesMayBeAbsurd)
     EXPECT_FALSE (MidiFileWriter::buildMidiFileBytes ({ hit (nan, nan), hit (1e300, 1e300) }, 1, 120, "").empty());
 }
 
+TEST (MidiFileWriter, PlacesSectionsInTheSong)
+{
+    SongArrangement song;
+    song.name      = "Two";
+    song.totalBars = 16;
+    song.sections.resize (1);
+    song.sections[0].startBar     = 8;
+    song.sections[0].pattern.hits = { hit (1.5, 0.11) };
+
+    // 8 bars and one and a half beats are 32160 ticks.
+    EXPECT_TRUE (contains (MidiFileWriter::bytesOf (song, 120), { 'T', 'w', 'o', 0x81, 0xFB, 0x20, 0x99, 36, 100 }));
+}
+
 TEST (MidiFileWriter, SaysWhyAFileCannotBeWritten)
 {
     const auto failureOf = [] (const std::string& path)

@@ -84,4 +84,20 @@ TEST (SongBuilder, DurationsBecomeBars)
     EXPECT_EQ (SongBuilder::buildSong ({}, 0, 0).totalBars, 80u); // the genre's own length
 }
 
+TEST (SongArrangement, FlattensInOrderOfTime)
+{
+    // Sections out of order, and hits that start together: these keep the order of their sections.
+    SongArrangement song;
+    song.sections.resize (2);
+    song.sections[0].startBar     = 2;
+    song.sections[0].pattern.hits = { { .start = 1.5, .note = 38 } };
+    song.sections[1].pattern.hits = { { .start = 0.25, .note = 36 }, { .start = 9.5, .note = 42 } };
+
+    std::vector<std::pair<double, std::uint32_t>> played;
+    for (const auto& hit : flatten (song))
+        played.emplace_back (hit.start, hit.note);
+
+    EXPECT_EQ (played, (std::vector<std::pair<double, std::uint32_t>> { { 0.25, 36 }, { 9.5, 38 }, { 9.5, 42 } }));
+}
+
 } // namespace pulsewright
