@@ -21,6 +21,16 @@ namespace
         juce::MessageManager::getInstance()->runDispatchLoopUntil (milliseconds);
     }
 
+    /** Waits for what a busy machine may be slow to do. @returns whether it has come true */
+    template <typename Condition>
+    bool comesTrue (Condition&& condition)
+    {
+        for (int i = 0; i < 500 && ! condition(); ++i)
+            runFor (20);
+
+        return condition();
+    }
+
     /** Runs a program while the window goes on living. */
     void run (const juce::String& command)
     {
@@ -209,20 +219,29 @@ TEST_F (Window, DropsArrive)
         runFor (500);
     };
 
-    const auto received = [] (juce::ChildProcess& receiver)
+    const auto drops          = home ("drops.txt");
+    const auto dropped        = [&] { return drops.loadFileAsString().fromFirstOccurrenceOf ("ready\n", false, false).trim(); };
+    const auto dropAtReceiver = [&] (const juce::String& title, const juce::String& manner)
     {
+        drops.deleteFile();
+        juce::ChildProcess receiver;
+        EXPECT_TRUE (receiver.start (juce::StringArray { "sh",
+                                                         "-c",
+                                                         "exec \"$0\" 1250 100 300 300 \"$1\" > '" + drops.getFullPathName() + "'",
+                                                         PULSEWRIGHT_XDND_RECEIVER,
+                                                         manner }));
+        EXPECT_TRUE (comesTrue ([&] { return drops.loadFileAsString().startsWith ("ready"); }));
+        runFor (300);
+        dragTo (title, 1400);
+        EXPECT_TRUE (comesTrue ([&] { return dropped().startsWith ("file:///"); })) << title << ", " << manner;
+        runFor (100);
         receiver.kill();
-        return receiver.readAllProcessOutput().fromFirstOccurrenceOf ("ready\n", false, false).trim();
+        return dropped();
     };
 
     for (const bool isSong : { true, false })
     {
-        juce::ChildProcess receiver;
-        ASSERT_TRUE (receiver.start (juce::StringArray { PULSEWRIGHT_XDND_RECEIVER, "1250", "100", "300", "300" }));
-        runFor (300);
-        dragTo (isSong ? "Drag full song MIDI" : "Drag pattern MIDI", 1400);
-
-        const auto uri = received (receiver);
+        const auto uri = dropAtReceiver (isSong ? "Drag full song MIDI" : "Drag pattern MIDI", "finish");
         ASSERT_TRUE (uri.startsWith ("file:///") && uri.contains ("Pulsewright%20MIDI/")) << uri;
         const juce::File file (juce::URL::removeEscapeChars (uri.fromFirstOccurrenceOf ("file://", false, false)));
         EXPECT_EQ (contentOf (file),
@@ -231,13 +250,7 @@ TEST_F (Window, DropsArrive)
 
     // A receiver that never says that it is done does not end all dragging.
     for (int drop = 0; drop < 2; ++drop)
-    {
-        juce::ChildProcess receiver;
-        ASSERT_TRUE (receiver.start (juce::StringArray { PULSEWRIGHT_XDND_RECEIVER, "1250", "100", "300", "300", "never-finish" }));
-        runFor (300);
-        dragTo ("Drag pattern MIDI", 1400);
-        EXPECT_TRUE (received (receiver).startsWith ("file:///")) << "drop " << drop;
-    }
+        dropAtReceiver ("Drag pattern MIDI", "never-finish");
 }
 
 TEST_F (Window, SavesWhereTheDialogSays)
@@ -248,7 +261,8 @@ TEST_F (Window, SavesWhereTheDialogSays)
 
     answers ("sleep 1; echo '" + chosen.getFullPathName() + "'");
     click ("Save selected MIDI");
-    runFor (1500);
+    EXPECT_TRUE (comesTrue ([&] { return target.existsAsFile(); }));
+    runFor (100);
     EXPECT_EQ (contentOf (target), asBlock (MidiFileWriter::bytesOf (processor.getPattern(), 90)));
     EXPECT_TRUE (dynamic_cast<juce::TextButton&> (find ("Save selected MIDI")).getTooltip().endsWith ("Saved " + target.getFullPathName()));
     EXPECT_EQ (juce::File::getCurrentWorkingDirectory(), folder) << "the working directory is the host's";
@@ -256,9 +270,8 @@ TEST_F (Window, SavesWhereTheDialogSays)
     // The name that was typed is free, the one that will be written is not: that one is asked about.
     target.replaceWithText ("precious");
     click ("Save selected MIDI");
-    runFor (1500);
+    ASSERT_TRUE (comesTrue ([] { return juce::Component::getCurrentlyModalComponent() != nullptr; }));
     EXPECT_EQ (target.loadFileAsString(), "precious");
-    ASSERT_NE (juce::Component::getCurrentlyModalComponent(), nullptr);
     juce::Component::getCurrentlyModalComponent()->exitModalState (1);
     runFor (200);
     EXPECT_NE (target.loadFileAsString(), "precious");
@@ -271,7 +284,7 @@ TEST_F (Window, SavesWhereTheDialogSays)
 
     answers ("exit 127");
     click ("Save selected MIDI");
-    runFor (700);
+    ASSERT_TRUE (comesTrue ([] { return juce::Component::getCurrentlyModalComponent() != nullptr; }));
     ASSERT_NE (dynamic_cast<juce::FileChooserDialogBox*> (juce::Component::getCurrentlyModalComponent()), nullptr);
 
     // The window may close while a dialog is open.
