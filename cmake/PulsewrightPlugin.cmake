@@ -34,6 +34,8 @@ target_sources (Pulsewright PRIVATE
     source/editor/EditorConstruction.cpp
     source/editor/EditorLayout.cpp
     source/editor/EditorLayout.h
+    source/editor/FileDrag.cpp
+    source/editor/FileDrag.h
     source/editor/MidiDragButton.cpp
     source/editor/MidiDragButton.h
     source/editor/Palette.h
@@ -47,8 +49,8 @@ target_sources (Pulsewright PRIVATE
     source/editor/SaveDialog.h
     source/editor/Theme.cpp
     source/editor/Theme.h
-    source/editor/UnansweredDrag.cpp
-    source/editor/UnansweredDrag.h)
+    source/editor/X11Messages.cpp
+    source/editor/X11Messages.h)
 
 # Warnings are for our files alone: the same target also compiles JUCE's modules.
 get_target_property (pulsewright_sources Pulsewright SOURCES)

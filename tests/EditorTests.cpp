@@ -6,6 +6,7 @@
 #include "HostLog.h"
 #include "StateBytes.h"
 
+#include "editor/FileDrag.h"
 #include "editor/Palette.h"
 #include "editor/PulsewrightAudioProcessorEditor.h"
 #include "export/MidiExport.h"

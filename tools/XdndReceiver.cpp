@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: 2026 Tolm
 // SPDX-License-Identifier: AGPL-3.0-only
 
-// A window that takes drops by the XDND protocol and prints what was dropped, a line each.
+// A window that takes drops by the XDND protocol. It prints "over" when it has agreed to a drop, and what
+// was dropped, a line each.
 // Usage: xdnd-receiver X Y WIDTH HEIGHT [never-finish]
 
 #include <X11/Xatom.h>
@@ -71,7 +72,12 @@ int main (int argc, char* argv[])
             const auto type = event.xclient.message_type;
 
             if (type == atom ("XdndPosition"))
+            {
                 answer ("XdndStatus", 1, atom ("XdndActionCopy"));
+                XSync (display, False); // whoever reads the line may release the button at once
+                std::puts ("over");
+                std::fflush (stdout);
+            }
             else if (type == atom ("XdndDrop"))
                 XConvertSelection (display, atom ("XdndSelection"), atom ("text/uri-list"), atom ("DROP"), window, CurrentTime);
         }

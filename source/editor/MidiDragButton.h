@@ -29,7 +29,4 @@ private:
     bool dragStarted = false;
 };
 
-/** A file's address as other programs understand it: blanks, per cent signs and what is not ASCII escaped. */
-juce::String fileUri (const juce::File& file);
-
 } // namespace pulsewright

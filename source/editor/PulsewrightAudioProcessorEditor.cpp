@@ -6,10 +6,12 @@
 #include "PulsewrightAudioProcessorEditor.h"
 
 #include "Palette.h"
+#include "X11Messages.h"
 
 #include "export/MidiExport.h"
 
 #include <algorithm>
+
 namespace pulsewright
 {
 
@@ -208,6 +210,8 @@ void PulsewrightAudioProcessorEditor::reportExport (juce::Button& button,
 //==============================================================================
 void PulsewrightAudioProcessorEditor::timerCallback()
 {
+    deliverHeldX11Events (*this);
+
     const bool hasRested = juce::Time::getMillisecondCounterHiRes() - lastSliderChangeMs >= restBeforeRegenerationMs;
 
     if (regeneratePending && hasRested)

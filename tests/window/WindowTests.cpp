@@ -5,6 +5,7 @@
 
 #include "HostLog.h"
 
+#include "editor/FileDrag.h"
 #include "editor/Palette.h"
 #include "editor/PulsewrightAudioProcessorEditor.h"
 #include "export/MidiFileWriter.h"
@@ -16,16 +17,19 @@ namespace pulsewright
 
 namespace
 {
+    /** Lets the window live. Counted in rounds, not by the clock: each handles all that has arrived, however
+        busy the machine is.
+    */
     void runFor (int milliseconds)
     {
-        juce::MessageManager::getInstance()->runDispatchLoopUntil (milliseconds);
+        for (int i = 0; i < milliseconds; i += 10)
+            juce::MessageManager::getInstance()->runDispatchLoopUntil (10);
     }
 
-    /** Waits for what a busy machine may be slow to do. @returns whether it has come true */
     template <typename Condition>
-    bool comesTrue (Condition&& condition)
+    [[nodiscard]] bool comesTrue (Condition&& condition)
     {
-        for (int i = 0; i < 500 && ! condition(); ++i)
+        for (int i = 0; i < 1000 && ! condition(); ++i)
             runFor (20);
 
         return condition();
@@ -37,19 +41,22 @@ namespace
         juce::ChildProcess process;
         ASSERT_TRUE (process.start (command)) << command;
         while (process.isRunning())
-            runFor (5);
+            runFor (10);
         ASSERT_EQ (process.getExitCode(), 0u) << command;
+        runFor (50);
     }
 
-    class Window : public testing::Test
+    class Window : public testing::Test, private juce::MouseListener
     {
     protected:
         Window()
         {
+            editor->addMouseListener (this, true);
             editor->addToDesktop (juce::ComponentPeer::windowIsResizable);
             editor->setTopLeftPosition (60, 60);
             editor->setVisible (true);
-            runFor (400);
+            run ("xdotool mousemove 1100 140");
+            EXPECT_TRUE (comesTrue ([this] { return editor->isMouseOver (true); })) << "the window is not shown";
         }
 
         juce::Component& find (const juce::String& title)
@@ -61,26 +68,59 @@ namespace
             throw std::runtime_error ("no control is called " + title.toStdString());
         }
 
-        juce::String middleOf (const juce::String& title, juce::Point<int> offset = {})
+        /** Puts the pointer on a control and waits until the window has noticed. */
+        void pointAt (const juce::String& title, juce::Point<int> offset = {})
         {
             const auto point = find (title).getScreenBounds().getCentre() + offset;
-            return juce::String (point.x) + " " + juce::String (point.y);
+            run ("xdotool mousemove " + juce::String (point.x) + " " + juce::String (point.y));
+            ASSERT_TRUE (comesTrue ([&] { return find (title).isMouseOver (true); })) << title;
+        }
+
+        void pressButton()
+        {
+            const auto before = presses;
+            run ("xdotool mousedown 1");
+            ASSERT_TRUE (comesTrue ([&] { return presses > before; }));
+        }
+
+        void releaseButton()
+        {
+            const auto before = releases;
+            run ("xdotool mouseup 1");
+            ASSERT_TRUE (comesTrue ([&] { return releases > before; }));
         }
 
         void click (const juce::String& title)
         {
-            run ("xdotool mousemove " + middleOf (title) + " sleep 0.05 click 1");
-            runFor (150);
+            pointAt (title);
+            pressButton();
+            releaseButton();
+            runFor (100);
+        }
+
+        void doubleClick (const juce::String& title, juce::Point<int> offset = {})
+        {
+            pointAt (title, offset);
+            const auto before = releases;
+            run ("xdotool click --repeat 2 --delay 40 1");
+            ASSERT_TRUE (comesTrue ([&] { return releases >= before + 2; }));
+            runFor (100);
         }
 
         void press (const juce::String& keys)
         {
             run ("xdotool key --delay 30 " + keys);
-            runFor (150);
+            runFor (100);
         }
 
         PulsewrightAudioProcessor processor;
         std::unique_ptr<PulsewrightAudioProcessorEditor> editor = std::make_unique<PulsewrightAudioProcessorEditor> (processor);
+
+    private:
+        void mouseDown (const juce::MouseEvent&) override { ++presses; }
+        void mouseUp (const juce::MouseEvent&) override { ++releases; }
+
+        int presses = 0, releases = 0;
     };
 
     juce::File answers (const juce::String& script)
@@ -137,24 +177,24 @@ TEST_F (Window, ClicksDoWhatTheButtonsSay)
 TEST_F (Window, KnobsTurnAndTakeNumbers)
 {
     const HostLog log (processor);
-    run ("xdotool mousemove " + middleOf ("energy") + " mousedown 1 mousemove_relative -- 0 -20 mousemove_relative -- 0 -20 mouseup 1");
-    runFor (100);
+    pointAt ("energy");
+    pressButton();
+    run ("xdotool mousemove_relative -- 0 -20 mousemove_relative -- 0 -20");
+    releaseButton();
     const ParameterReader values (processor.parameters);
     EXPECT_GT (values.settingsValues()[1], 0.6f);
     EXPECT_TRUE (log.text.startsWith ("[2=2") && log.text.endsWith ("]2")) << log.text;
 
+    EXPECT_TRUE (comesTrue ([this] { return processor.getChangeCounter() > 0; }));
     runFor (250);
     EXPECT_EQ (processor.getChangeCounter(), 1u) << "regenerated once";
 
-    const auto textBox = middleOf ("density", { 0, find ("density").getHeight() / 2 - 10 });
-    run ("xdotool mousemove " + textBox + " click --repeat 2 --delay 60 1");
-    runFor (200);
+    doubleClick ("density", { 0, find ("density").getHeight() / 2 - 10 });
     run ("xdotool key ctrl+a type 33");
     press ("Return");
     EXPECT_FLOAT_EQ (values.settingsValues()[0], 0.33f);
 
-    run ("xdotool mousemove " + middleOf ("swing") + " click --repeat 2 --delay 60 1");
-    runFor (100);
+    doubleClick ("swing");
     EXPECT_FLOAT_EQ (values.settingsValues()[3], 0.25f) << "a double click";
 }
 
@@ -212,16 +252,9 @@ TEST_F (Window, TheKeyboardIsEnough)
 
 TEST_F (Window, DropsArrive)
 {
-    const auto dragTo = [this] (const juce::String& title, int x)
-    {
-        run ("xdotool mousemove " + middleOf (title) + " sleep 0.1 mousedown 1 sleep 0.1 mousemove_relative 20 0 sleep 0.2 mousemove "
-             + juce::String (x) + " 200 sleep 0.2 mousemove_relative 5 5 sleep 0.3 mouseup 1");
-        runFor (500);
-    };
-
     const auto drops          = home ("drops.txt");
-    const auto dropped        = [&] { return drops.loadFileAsString().fromFirstOccurrenceOf ("ready\n", false, false).trim(); };
-    const auto dropAtReceiver = [&] (const juce::String& title, const juce::String& manner)
+    const auto said           = [&] (const char* word) { return drops.loadFileAsString().contains (word); };
+    const auto dropAtReceiver = [&] (const juce::String& title, const juce::String& manner) -> juce::String
     {
         drops.deleteFile();
         juce::ChildProcess receiver;
@@ -230,13 +263,20 @@ TEST_F (Window, DropsArrive)
                                                          "exec \"$0\" 1250 100 300 300 \"$1\" > '" + drops.getFullPathName() + "'",
                                                          PULSEWRIGHT_XDND_RECEIVER,
                                                          manner }));
-        EXPECT_TRUE (comesTrue ([&] { return drops.loadFileAsString().startsWith ("ready"); }));
-        runFor (300);
-        dragTo (title, 1400);
-        EXPECT_TRUE (comesTrue ([&] { return dropped().startsWith ("file:///"); })) << title << ", " << manner;
+        EXPECT_TRUE (comesTrue ([&] { return said ("ready"); }));
+
+        pointAt (title);
+        pressButton();
+        run ("xdotool mousemove_relative 20 0");
+        EXPECT_TRUE (comesTrue ([&] { return isFileDragUnderWay (*editor); })) << title << ", " << manner;
+        run ("xdotool mousemove 1400 200");
+        run ("xdotool mousemove_relative 5 5");
+        EXPECT_TRUE (comesTrue ([&] { return said ("over"); })) << title << ", " << manner;
+        releaseButton();
+        EXPECT_TRUE (comesTrue ([&] { return said ("file:///"); })) << title << ", " << manner;
         runFor (100);
         receiver.kill();
-        return dropped();
+        return drops.loadFileAsString().fromFirstOccurrenceOf ("file:///", true, false).trim();
     };
 
     for (const bool isSong : { true, false })
@@ -251,6 +291,8 @@ TEST_F (Window, DropsArrive)
     // A receiver that never says that it is done does not end all dragging.
     for (int drop = 0; drop < 2; ++drop)
         dropAtReceiver ("Drag pattern MIDI", "never-finish");
+
+    EXPECT_TRUE (isFileDragUnderWay (*editor));
 }
 
 TEST_F (Window, SavesWhereTheDialogSays)

@@ -17,4 +17,9 @@ printf '#!/bin/sh\n. "%s/zenity-answer"\n' "$scratch" > "$scratch/bin/zenity"
 chmod +x "$scratch/bin/zenity"
 export PATH=$scratch/bin:$PATH
 
-xvfb-run -a -s '-screen 0 1600x1200x24' sh -c 'openbox & sleep 1; "$@"' sh "$tests" "$@"
+# The window manager has to be there first: it moves what it finds when it comes.
+export READY=$scratch/ready
+xvfb-run -a -s '-screen 0 1600x1200x24' sh -c '
+    openbox --startup "touch $READY" &
+    for _ in $(seq 600); do [ -e "$READY" ] && break; sleep 0.1; done
+    "$@"' sh "$tests" "$@"
