@@ -48,17 +48,6 @@ namespace
         find<juce::Button> (editor, title).onClick();
     }
 
-    /** Counts what would have to be drawn again. */
-    struct RepaintCounter final : juce::CachedComponentImage
-    {
-        explicit RepaintCounter (int& c) : count (c) {}
-        void paint (juce::Graphics&) override {}
-        bool invalidateAll() override { return ++count, true; }
-        bool invalidate (const Bounds&) override { return ++count, true; }
-        void releaseResources() override {}
-        int& count;
-    };
-
     struct Window
     {
         PulsewrightAudioProcessor processor;
@@ -333,22 +322,6 @@ TEST (Editor, EveryControlCanBeReachedAndHasAName)
     EXPECT_EQ (*order.begin(), 1);
 }
 
-TEST (Editor, NothingIsDrawnWhileNothingChanges)
-{
-    Window window;
-    runFor (300);
-    int repaints = 0;
-    window.editor->setVisible (true);
-    window.editor->setCachedComponentImage (new RepaintCounter (repaints));
-    repaints = 0;
-    runFor (1500);
-    EXPECT_EQ (repaints, 0);
-
-    window.processor.generatePattern (SectionType::fill);
-    runFor (200);
-    EXPECT_GT (repaints, 0);
-}
-
 //==============================================================================
 TEST (MidiDragButton, StartsOneDragSixPixelsAway)
 {
@@ -438,33 +411,6 @@ TEST (MidiExport, NamesFilesAndWritesThem)
                          .getTooltip()
                          .endsWith (file.getFullPathName()));
     }
-}
-
-TEST (Editor, OpensAndClosesWhileItPlays)
-{
-    PulsewrightAudioProcessor processor;
-    processor.prepareToPlay (48000.0, 64);
-    processor.startPreview();
-    std::atomic<bool> stop { false };
-    std::thread audio (
-        [&]
-        {
-            juce::AudioBuffer<float> buffer (2, 64);
-            juce::MidiBuffer midi;
-            while (! stop)
-                processor.processBlock (buffer, midi);
-        });
-
-    for (int i = 0; i < 50; ++i)
-    {
-        const std::unique_ptr<juce::AudioProcessorEditor> editor (processor.createEditor());
-        find<PercentSlider> (*editor, "density").setValue (0.01 * i, juce::sendNotificationSync);
-        runFor (i % 10 == 0 ? 120 : 1);
-    }
-
-    stop = true;
-    audio.join();
-    EXPECT_TRUE (processor.isPreviewPlaying());
 }
 
 } // namespace pulsewright

@@ -4,6 +4,7 @@
 // The window on a display, with a pointer and a keyboard (xdotool), and a receiver for what is dragged out.
 
 #include "HostLog.h"
+#include "OfflineHost.h"
 
 #include "editor/FileDrag.h"
 #include "editor/Palette.h"
@@ -11,6 +12,11 @@
 #include "export/MidiFileWriter.h"
 
 #include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdio>
+#include <ctime>
+#include <thread>
 
 namespace pulsewright
 {
@@ -59,11 +65,12 @@ namespace
             EXPECT_TRUE (comesTrue ([this] { return editor->isMouseOver (true); })) << "the window is not shown";
         }
 
-        juce::Component& find (const juce::String& title)
+        template <typename Control = juce::Component>
+        Control& find (const juce::String& title)
         {
             for (auto* child : editor->getChildren())
                 if (child->getTitle() == title)
-                    return *child;
+                    return dynamic_cast<Control&> (*child);
 
             throw std::runtime_error ("no control is called " + title.toStdString());
         }
@@ -123,6 +130,17 @@ namespace
         int presses = 0, releases = 0;
     };
 
+    /** Counts what would have to be drawn again. */
+    struct RepaintCounter final : juce::CachedComponentImage
+    {
+        explicit RepaintCounter (int& c) : count (c) {}
+        void paint (juce::Graphics&) override {}
+        bool invalidateAll() override { return ++count, true; }
+        bool invalidate (const juce::Rectangle<int>&) override { return ++count, true; }
+        void releaseResources() override {}
+        int& count;
+    };
+
     juce::File answers (const juce::String& script)
     {
         const auto file = juce::File::getSpecialLocation (juce::File::userHomeDirectory).getChildFile ("zenity-answer");
@@ -160,11 +178,11 @@ TEST_F (Window, ClicksDoWhatTheButtonsSay)
     EXPECT_EQ (processor.getPattern().name, "Chorus");
     click ("Build song");
     EXPECT_EQ (processor.getPattern().name, "Intro");
-    EXPECT_EQ (dynamic_cast<juce::TextButton&> (find ("Build song")).getButtonText(), "BUILD 80-BAR SONG");
-    EXPECT_TRUE (dynamic_cast<juce::TextButton&> (find ("Generate groove")).getTooltip().contains ("next take 4"));
+    EXPECT_EQ (find<juce::TextButton> ("Build song").getButtonText(), "BUILD 80-BAR SONG");
+    EXPECT_TRUE (find<juce::TextButton> ("Generate groove").getTooltip().contains ("next take 4"));
     click ("Preview");
     EXPECT_TRUE (processor.isPreviewPlaying());
-    EXPECT_EQ (dynamic_cast<juce::TextButton&> (find ("Preview")).getButtonText(), "STOP PREVIEW");
+    EXPECT_EQ (find<juce::TextButton> ("Preview").getButtonText(), "STOP PREVIEW");
     click ("Preview");
     EXPECT_FALSE (processor.isPreviewPlaying());
     click ("Mutate");
@@ -220,8 +238,20 @@ TEST_F (Window, TheKeyboardIsEnough)
     EXPECT_EQ (static_cast<int> (ParameterReader (processor.parameters).genre()), 2);
     EXPECT_EQ (processor.getPattern().name, "Intro") << "a genre builds a song";
 
-    // Past five boxes to GENERATE, on to BUILD, PREVIEW and the knobs.
-    press ("Tab Tab Tab Tab Tab Tab space");
+    // Sound, playback and length wait for the next request; structure and duration build at once.
+    press ("Tab Down Tab Down Tab Down");
+    const ParameterReader values (processor.parameters);
+    EXPECT_EQ (values.soundKit(), 1);
+    EXPECT_TRUE (values.playsFullSong());
+    EXPECT_EQ (values.patternBars(), 3);
+    EXPECT_EQ (processor.getSeedCounter(), 3u);
+    press ("Tab Down Tab Down");
+    EXPECT_EQ (processor.getSeedCounter(), 5u);
+    EXPECT_EQ (processor.getSong().sections.size(), 6u);
+    EXPECT_EQ (processor.getSong().totalBars, processor.getSongBarCount (processor.getEffectiveBpm()));
+
+    // On to GENERATE, BUILD, PREVIEW and the knobs.
+    press ("Tab space");
     EXPECT_TRUE (isOutlined ("Generate groove"));
     EXPECT_FALSE (isOutlined ("Style"));
     EXPECT_EQ (processor.getPattern().name, "Dub Verse");
@@ -233,17 +263,26 @@ TEST_F (Window, TheKeyboardIsEnough)
     run ("xdotool key ctrl+a type 77");
     press ("Return shift+Tab shift+Tab space");
     EXPECT_FALSE (processor.isPreviewPlaying());
-    EXPECT_NEAR (ParameterReader (processor.parameters).settingsValues()[0], 0.5f, 1e-6);
-    EXPECT_FLOAT_EQ (ParameterReader (processor.parameters).settingsValues()[1], 0.77f);
+    EXPECT_NEAR (values.settingsValues()[0], 0.5f, 1e-6);
+    EXPECT_FLOAT_EQ (values.settingsValues()[1], 0.77f);
 
-    // Every control is one stop: 38 of them, and round again.
-    press ("Tab");
+    // Backwards to SAVE, which saves the song: that is what plays.
+    const auto target = answers ("sleep 1; echo \"$HOME/all keys\"").getSiblingFile ("all keys.mid");
+    press ("shift+Tab shift+Tab shift+Tab shift+Tab shift+Tab shift+Tab shift+Tab shift+Tab");
+    press ("shift+Tab shift+Tab shift+Tab");
+    EXPECT_TRUE (isOutlined ("Save selected MIDI"));
+    press ("Return");
+    EXPECT_TRUE (comesTrue ([&] { return target.existsAsFile(); }));
+    runFor (100);
+    EXPECT_EQ (contentOf (target), asBlock (MidiFileWriter::bytesOf (processor.getSong(), processor.getEffectiveBpm())));
+
+    // Every control that is shown is one stop, and round again.
     auto* first = focused();
     int stops   = 0;
     do
         press ("Tab");
     while (++stops < 60 && focused() != first);
-    EXPECT_EQ (stops, 38);
+    EXPECT_EQ (stops, 38 - 2) << "two of the eight section buttons are hidden";
 
     run ("xdotool mousemove 1100 140 click 1");
     runFor (100);
@@ -306,7 +345,7 @@ TEST_F (Window, SavesWhereTheDialogSays)
     EXPECT_TRUE (comesTrue ([&] { return target.existsAsFile(); }));
     runFor (100);
     EXPECT_EQ (contentOf (target), asBlock (MidiFileWriter::bytesOf (processor.getPattern(), 90)));
-    EXPECT_TRUE (dynamic_cast<juce::TextButton&> (find ("Save selected MIDI")).getTooltip().endsWith ("Saved " + target.getFullPathName()));
+    EXPECT_TRUE (find<juce::TextButton> ("Save selected MIDI").getTooltip().endsWith ("Saved " + target.getFullPathName()));
     EXPECT_EQ (juce::File::getCurrentWorkingDirectory(), folder) << "the working directory is the host's";
 
     // The name that was typed is free, the one that will be written is not: that one is asked about.
@@ -317,6 +356,11 @@ TEST_F (Window, SavesWhereTheDialogSays)
     juce::Component::getCurrentlyModalComponent()->exitModalState (1);
     runFor (200);
     EXPECT_NE (target.loadFileAsString(), "precious");
+
+    // A place that takes no files, whoever asks.
+    answers ("sleep 1; echo /proc/take.mid");
+    click ("Save selected MIDI");
+    EXPECT_TRUE (comesTrue ([this] { return find<juce::TextButton> ("Save selected MIDI").getTooltip().contains ("Could not"); }));
 
     // Cancel stays cancel; a program that is gone at once has asked nobody, and JUCE's dialog asks.
     answers ("sleep 1; exit 1");
@@ -333,6 +377,55 @@ TEST_F (Window, SavesWhereTheDialogSays)
     editor.reset();
     runFor (300);
     EXPECT_EQ (juce::Component::getCurrentlyModalComponent(), nullptr);
+}
+
+TEST_F (Window, RestsWhileNothingChanges)
+{
+    int repaints = 0;
+    runFor (1000);
+    editor->setCachedComponentImage (new RepaintCounter (repaints));
+    repaints         = 0;
+    const auto start = std::clock();
+    run ("sleep 10");
+    EXPECT_EQ (repaints, 0);
+    std::printf ("CPU while the window rests: %.2f %%\n", 10.0 * static_cast<double> (std::clock() - start) / CLOCKS_PER_SEC);
+
+    processor.generatePattern (SectionType::fill);
+    EXPECT_TRUE (comesTrue ([&] { return repaints > 0; }));
+    editor->setCachedComponentImage (nullptr);
+}
+
+/** As a host does it: the built bundle, a thread that plays, and a window that comes and goes. */
+TEST (BundleWindow, OpensAndClosesWhileItPlays)
+{
+    const auto openings = juce::SystemStats::getEnvironmentVariable ("PULSEWRIGHT_OPENINGS", "25").getIntValue();
+    OfflineHost host (juce::File (PULSEWRIGHT_TEST_BUNDLE), 48000.0, 64);
+    host.setParameter ("play_mode", 1.0f);
+    std::atomic<bool> stop { false };
+    std::thread audio (
+        [&]
+        {
+            for (std::int64_t block = 0; ! stop; ++block)
+                host.process ({ .ppq = static_cast<double> (block) * 64 / 48000 * 1.5, .bpm = 90.0 }, 64);
+        });
+
+    double first = 0.0, later = 0.0; // milliseconds
+    for (int i = 0; i < openings; ++i)
+    {
+        const auto start = juce::Time::getMillisecondCounterHiRes();
+        const std::unique_ptr<juce::AudioProcessorEditor> editor (host.plugin().createEditorIfNeeded());
+        ASSERT_NE (editor, nullptr);
+        editor->addToDesktop (0);
+        editor->setVisible (true);
+        EXPECT_EQ (editor->getBounds().withZeroOrigin(), juce::Rectangle<int> (1120, 840));
+        (i == 0 ? first : later) += juce::Time::getMillisecondCounterHiRes() - start;
+        runFor (i % 10 == 0 ? 200 : 10);
+    }
+
+    stop = true;
+    audio.join();
+    EXPECT_GT (host.recordedMidi().size(), 0u);
+    std::printf ("The window opens in %.0f ms, then in %.0f ms\n", first, later / (openings - 1));
 }
 
 } // namespace pulsewright
