@@ -19,16 +19,23 @@ juce_add_plugin (Pulsewright
     COPY_PLUGIN_AFTER_BUILD FALSE)
 
 target_sources (Pulsewright PRIVATE
+    source/processor/DrumSound.cpp
+    source/processor/DrumSound.h
     source/processor/DrumSynth.cpp
     source/processor/DrumSynth.h
     source/processor/DrumVoice.cpp
     source/processor/DrumVoice.h
+    source/processor/KitTables.cpp
+    source/processor/KitTables.h
     source/processor/Parameters.cpp
     source/processor/Parameters.h
     source/processor/PercentRange.h
     source/processor/PulsewrightAudioProcessor.cpp
     source/processor/PulsewrightAudioProcessor.h
     source/processor/PulsewrightState.cpp
+    source/processor/StrokeKernels.cpp
+    source/processor/StrokeKernels.h
+    source/processor/StrokeKernelsFor.h
     source/export/MidiExport.cpp
     source/export/MidiExport.h
     source/editor/EditorConstruction.cpp
@@ -75,6 +82,7 @@ target_link_libraries (Pulsewright
     PRIVATE
         juce::juce_audio_utils
         juce::juce_recommended_config_flags
+        pulsewright_kernels
     PUBLIC
         pulsewright_export
         pulsewright_playback)

@@ -3,9 +3,11 @@
 
 #include "ReferenceCases.h"
 
+#include "PlainDrumKit.h"
 #include "processor/DrumSynth.h"
 
 #include <cmath>
+#include <cstdio>
 
 namespace pulsewright
 {
@@ -65,6 +67,78 @@ TEST (DrumSynth, SoundsLikeTheReference)
     }
 }
 
+class StrokesWithKernels : public testing::TestWithParam<const StrokeKernels*>
+{};
+
+/** Every kit, kind of note and velocity, from the first sample to the last one: as the plain form has it. */
+TEST_P (StrokesWithKernels, AreThePlainOnes)
+{
+    constexpr int blockSize = 480;
+    juce::AudioBuffer<float> block (2, blockSize);
+    std::array<std::array<float, blockSize>, 2> expected;
+    float worst = 0.0f;
+
+    for (const double sampleRate : { 0.0, 22050.0, 44100.0, 48000.0, 96000.0, 384000.0 })
+    {
+        DrumSynth synth;
+        synth.setKernels (*GetParam());
+        synth.prepare (sampleRate);
+        plain::DrumKit kit (sampleRate);
+
+        for (int index = 0; index < 4; ++index)
+            for (const int note : { 35, 37, 38, 42, 46, 41, 56, 127 })
+                for (const int velocity : { 1, 64, 127 })
+                {
+                    kit.start (note, velocity, index);
+                    auto midi     = noteAt (0, note, velocity);
+                    bool hasEnded = false;
+
+                    while (! hasEnded)
+                    {
+                        synth.render (block, midi, index);
+                        kit.render (expected[0].data(), expected[1].data(), blockSize);
+                        midi.clear();
+
+                        for (std::size_t side = 0; side < 2; ++side)
+                            for (int i = 0; i < blockSize; ++i)
+                            {
+                                const float plain = expected[side][static_cast<std::size_t> (i)];
+                                const float ours  = block.getSample (static_cast<int> (side), i);
+                                worst             = std::max (worst, std::abs (plain - ours));
+                                ASSERT_EQ (plain == 0.0f, ours == 0.0f) << "begins or ends elsewhere: note " << note << ", rate " << sampleRate;
+                            }
+
+                        hasEnded = isSilent (block, blockSize - 1, blockSize);
+                    }
+                }
+    }
+
+    EXPECT_LE (worst, 1e-6f);
+    RecordProperty ("LargestDifference", juce::String (worst).toStdString());
+    std::printf ("%s: at most %.2g from the plain form\n", GetParam()->name, static_cast<double> (worst));
+}
+
+INSTANTIATE_TEST_SUITE_P (Widths,
+                          StrokesWithKernels,
+                          testing::ValuesIn (StrokeKernels::all().begin(), StrokeKernels::all().end()),
+                          [] (const auto& kind)
+                          { return juce::String (kind.param->name).retainCharacters ("ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789").toStdString(); });
+
+TEST (KitTables, ClocksAreSums)
+{
+    for (const double step : { 1.0 / 44100.0, 1.0 / 48000.0, 1.0 / 11025.0, 1.0 / 65536.0, 3.0 / 131072.0, 1.0 / 384001.5, 1e-7, 0.3 })
+    {
+        double clock = 0.0;
+
+        for (std::int64_t count = 0; count < 300000; ++count, clock += step)
+            if (count < 200 || count % 1009 == 0)
+            {
+                ASSERT_EQ (advanced (0.0, step, count), clock) << step << ", " << count;
+                ASSERT_EQ (advanced (advanced (0.0, step, count / 3), step, count - count / 3), clock) << step << ", " << count;
+            }
+    }
+}
+
 TEST (DrumSynth, BlocksAndSampleTypesChangeNothing)
 {
     constexpr int length = 6000;
@@ -105,19 +179,16 @@ TEST (DrumSynth, TheSixtyFifthStrokeTakesTheFirstOnesPlace)
     for (int stroke = 1; stroke <= 65; ++stroke)
         midi.addEvent (juce::MidiMessage::noteOn (10, 38, static_cast<juce::uint8> (1)), 0);
 
-    std::array<DrumVoice, 64> voices;
-    for (std::uint32_t stroke = 1; stroke <= 65; ++stroke)
-        voices[(stroke - 1) % 64].start (38, 1, 0, stroke);
+    plain::DrumKit kit (rate);
+    for (int stroke = 1; stroke <= 65; ++stroke)
+        kit.start (38, 1, 0);
 
+    std::array<float, 64> left, right;
+    kit.render (left.data(), right.data(), 64);
     const auto buffer = render (midi, 0, 64);
 
     for (int i = 0; i < 64; ++i)
-    {
-        float sum = 0.0f;
-        for (auto& voice : voices)
-            sum += voice.nextSample (1.0 / rate);
-        ASSERT_EQ (buffer.getSample (0, i), std::tanh (sum)) << i;
-    }
+        ASSERT_NEAR (buffer.getSample (0, i), left[static_cast<std::size_t> (i)], 2e-6f) << i;
 }
 
 TEST (DrumSynth, StartsAtTheSampleAndLeansToItsSide)

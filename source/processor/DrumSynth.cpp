@@ -4,14 +4,13 @@
 #include "DrumSynth.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace pulsewright
 {
 
-void DrumSynth::prepare (double sampleRate) noexcept
+void DrumSynth::prepare (double sampleRate)
 {
-    secondsPerSample = 1.0 / std::max (1.0, sampleRate);
+    tables = KitTables (sampleRate);
 
     for (auto& voice : voices)
         voice.reset();
@@ -22,7 +21,7 @@ void DrumSynth::startVoice (int note, int velocity, int kit) noexcept
     // Round robin: the oldest slot is taken over, whether it still sounds or not.
     auto& voice = voices[strokeCount % numVoices];
     ++strokeCount;
-    voice.start (note, velocity, kit, static_cast<std::uint32_t> (strokeCount));
+    voice.start (tables, note, velocity, kit, static_cast<std::uint32_t> (strokeCount));
 }
 
 template <typename Sample>
@@ -52,29 +51,33 @@ void DrumSynth::render (juce::AudioBuffer<Sample>& buffer, const juce::MidiBuffe
 template <typename Sample>
 void DrumSynth::renderRange (juce::AudioBuffer<Sample>& buffer, int firstSample, int endSample) noexcept
 {
-    // Voices age whether anybody listens or not: a host may switch the output bus off.
-    auto* left  = buffer.getNumChannels() > 0 ? buffer.getWritePointer (0) : nullptr;
-    auto* right = buffer.getNumChannels() > 1 ? buffer.getWritePointer (1) : nullptr;
+    const int numSides = std::min (2, buffer.getNumChannels());
 
-    for (int sample = firstSample; sample < endSample; ++sample)
+    for (int start = firstSample; start < endSample; start += mixLength)
     {
-        float leftSum = 0.0f, rightSum = 0.0f;
+        const int count = std::min (mixLength, endSample - start);
+        bool sounds     = false;
 
+        for (auto& side : mix)
+            std::fill_n (side.begin(), count + cellPadding, 0.0f);
+
+        // Voices age whether anybody listens or not: a host may switch the output bus off.
         for (auto& voice : voices)
+            if (voice.isActive())
+            {
+                voice.render (tables, *kernels, mix[0].data(), mix[1].data(), count);
+                sounds = true;
+            }
+
+        for (int side = 0; side < numSides; ++side)
         {
-            if (! voice.isActive())
-                continue;
+            auto& sum = mix[static_cast<std::size_t> (side)];
 
-            const float out = voice.nextSample (secondsPerSample);
-            leftSum += out * (1.0f - voice.pan());
-            rightSum += out * (1.0f + voice.pan());
+            if (sounds)
+                kernels->saturate (sum.data(), count);
+
+            std::copy_n (sum.begin(), count, buffer.getWritePointer (side) + start);
         }
-
-        if (left != nullptr)
-            left[sample] = static_cast<Sample> (std::tanh (leftSum));
-
-        if (right != nullptr)
-            right[sample] = static_cast<Sample> (std::tanh (rightSum));
     }
 }
 

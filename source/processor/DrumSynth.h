@@ -24,7 +24,10 @@ public:
     /** Silences all voices. The stroke counter runs on, so that the noise does not repeat itself.
         @param sampleRate  in hertz; below 1 counts as 1
     */
-    void prepare (double sampleRate) noexcept;
+    void prepare (double sampleRate);
+
+    /** Chooses among StrokeKernels::all(), for tests and benchmarks; the best are taken by themselves. */
+    void setKernels (const StrokeKernels& chosen) noexcept { kernels = &chosen; }
 
     /** Writes one block: what the buffer held is replaced, up to the second channel; mono gets the left side.
 
@@ -40,9 +43,13 @@ private:
     template <typename Sample>
     void renderRange (juce::AudioBuffer<Sample>& buffer, int firstSample, int endSample) noexcept;
 
+    static constexpr int mixLength = 512; // samples at a time; small enough to stay in the nearest cache
+
     std::array<DrumVoice, numVoices> voices {};
     std::uint64_t strokeCount = 0; // voices ever started
-    double secondsPerSample   = 1.0 / 44100.0;
+    KitTables tables { 44100.0 };
+    const StrokeKernels* kernels = &StrokeKernels::best();
+    alignas (64) std::array<std::array<float, mixLength + cellPadding>, 2> mix {}; // left, right
 };
 
 } // namespace pulsewright

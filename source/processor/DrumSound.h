@@ -1,0 +1,67 @@
+// SPDX-FileCopyrightText: 2026 Tolm
+// SPDX-License-Identifier: AGPL-3.0-only
+
+// What the kits' drums are made of.
+
+#pragma once
+
+#include <cstdint>
+
+namespace pulsewright
+{
+
+/** The synthesised kits. Anything from midiOnly on is silent. */
+enum DrumKit : int
+{
+    studio       = 0,
+    eightOhEight = 1,
+    dusty        = 2,
+    electronic   = 3,
+    midiOnly     = 4
+};
+
+/** What a stroke is made of; fixed when the voice starts. Rates are per second, frequencies in hertz. */
+struct DrumSound
+{
+    enum class Source : std::uint8_t
+    {
+        sweptSine,    ///< kick: a sine that falls in pitch
+        noiseAndSine, ///< snare and percussion
+        brightNoise   ///< hats: noise through a one-zero high-pass
+    };
+
+    Source source     = Source::sweptSine;
+    bool saturates    = false; ///< the Dusty kick is driven into a tanh
+    double decayRate  = 6.0;
+    double frequency  = 50.0;
+    double sweepDepth = 0.0; ///< hertz above the frequency at the start of a swept sine
+    float sineGain    = 1.0f;
+    float noiseGain   = 0.0f;
+    float pan         = 0.0f; ///< -1 left to 1 right
+
+    // The same for all.
+    static constexpr double longestSeconds = 2.5;
+    static constexpr double inaudibleLevel = 0.00008; ///< -82 dB; here a stroke is over
+    static constexpr float gain            = 0.36f;
+    static constexpr double sweepRate      = 28.0; ///< of a swept sine's fall
+    static constexpr float saturationDrive = 2.2f;
+    static constexpr float saturationGain  = 0.72f;
+    static constexpr float highPassZero    = 0.92f; ///< of the bright noise
+
+    // The noise is a linear congruential generator's.
+    static constexpr std::uint32_t noiseMultiplier = 1664525u;
+    static constexpr std::uint32_t noiseIncrement  = 1013904223u;
+
+    /** Makes the noise of every stroke its own.
+        @param strokeCount  how many strokes the synthesizer has started, this one included
+    */
+    static constexpr std::uint32_t noiseSeed (int note, std::uint32_t strokeCount) noexcept
+    {
+        return (strokeCount * 104729u + static_cast<std::uint32_t> (note) * 7919u) ^ 0x9E3779B9u;
+    }
+
+    /** The sound of a MIDI note (0 to 127) in kit 0 to 3. */
+    static DrumSound of (int note, int kit) noexcept;
+};
+
+} // namespace pulsewright

@@ -1,0 +1,62 @@
+// SPDX-FileCopyrightText: 2026 Tolm
+// SPDX-License-Identifier: AGPL-3.0-only
+
+// What the kit's exponentials come to at one sample rate.
+
+#pragma once
+
+#include "DrumSound.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+namespace pulsewright
+{
+
+/** A stroke's life is cut into cells of this many samples, counted from its own start. An exponential is
+    exact at the start of a cell and follows a table inside: so its values hang on the stroke's age alone,
+    not on the host's blocks, and no error grows.
+*/
+inline constexpr int cellSize = 128;
+
+/** The tables and the scratch buffers of the kernels go on for one widest vector. */
+inline constexpr int cellPadding = 16;
+
+/** The table of one decay. */
+struct DecayCurve
+{
+    double rate           = 0.0;                                      ///< per second
+    std::int64_t lifetime = 0;                                        ///< samples until a stroke is over
+    alignas (64) std::array<float, cellSize + cellPadding> powers {}; ///< exp (-rate * k / sampleRate)
+};
+
+class KitTables
+{
+public:
+    /** @param sampleRate  in hertz; below 1 counts as 1, as does what is no number. Takes some 50 microseconds. */
+    explicit KitTables (double sampleRate);
+
+    double secondsPerSample() const noexcept { return sampleInterval; }
+
+    /** @param rate  the decay rate of one of the kits' sounds */
+    const DecayCurve& curveOf (double rate) const noexcept;
+
+    /** exp (-DrumSound::sweepRate * k / sampleRate) */
+    const double* sweepPowers() const noexcept { return sweep.data(); }
+
+private:
+    static constexpr std::size_t maxCurves = 16;
+
+    double sampleInterval;
+    std::size_t numCurves = 0;
+    std::array<DecayCurve, maxCurves> curves {};
+    alignas (64) std::array<double, cellSize + cellPadding> sweep {};
+};
+
+/** What a clock shows that was at `time` and has been moved on by `step`, `count` times in a row, every sum
+    rounded to double: the same bits as the loop, in a few dozen operations. Ages are such sums.
+*/
+double advanced (double time, double step, std::int64_t count) noexcept;
+
+} // namespace pulsewright

@@ -1,0 +1,200 @@
+// SPDX-FileCopyrightText: 2026 Tolm
+// SPDX-License-Identifier: AGPL-3.0-only
+
+// The inner loops themselves, for one kind of vectors. Included by one file for each, which is compiled for
+// processors that have them. Nothing here may call an inline function that is not made for these vectors
+// alone: the linker keeps one copy of such a function for the whole program, and it could keep this one.
+
+#pragma once
+
+#include "StrokeKernels.h"
+
+#include <xsimd/xsimd.hpp>
+
+namespace pulsewright
+{
+
+template <typename Architecture>
+class StrokeKernelsFor
+{
+public:
+    static constexpr StrokeKernels kernels (const char* name) noexcept { return { name, addStroke, saturate }; }
+
+private:
+    using Floats  = xsimd::batch<float, Architecture>;
+    using Scratch = float[cellSize + cellPadding];
+
+    static constexpr int width = static_cast<int> (Floats::size);
+    static_assert (width <= cellPadding && cellSize % width == 0);
+
+    // Where a sequence is k + 1 steps of the noise generator after a state s: multiplier[k] * s + increment[k].
+    struct NoiseSteps
+    {
+        std::uint32_t multiplier[cellSize + cellPadding] {};
+        std::uint32_t increment[cellSize + cellPadding] {};
+
+        constexpr NoiseSteps() noexcept
+        {
+            std::uint32_t m = 1, i = 0;
+
+            for (int k = 0; k < cellSize + cellPadding; ++k)
+            {
+                m *= DrumSound::noiseMultiplier;
+                i             = i * DrumSound::noiseMultiplier + DrumSound::noiseIncrement;
+                multiplier[k] = m;
+                increment[k]  = i;
+            }
+        }
+    };
+
+    static constexpr NoiseSteps noiseSteps {};
+
+    static int paddedTo (int count, int multiple) noexcept { return (count + multiple - 1) / multiple * multiple; }
+
+    static void clear (float* samples) noexcept
+    {
+        for (int i = 0; i < cellPadding; ++i)
+            samples[i] = 0.0f;
+    }
+
+    /** Twenty-four bits a sample, -1 to 1. */
+    static void fillNoise (std::uint32_t& state, float* noise, int numSamples) noexcept
+    {
+        constexpr float middle = 8388607.5f; // half a bit from an integer, so that the difference is exact
+        const auto start       = state;
+
+        for (int k = 0; k < paddedTo (numSamples, cellPadding); ++k)
+        {
+            const auto bits = (noiseSteps.multiplier[k] * start + noiseSteps.increment[k]) >> 8;
+            noise[k]        = (static_cast<float> (static_cast<std::int32_t> (bits)) - middle) * (1.0f / middle);
+        }
+
+        state = noiseSteps.multiplier[numSamples - 1] * start + noiseSteps.increment[numSamples - 1];
+    }
+
+    /** The phase is a running sum in double precision, sample by sample; its sine is taken in single. */
+    template <typename Increment>
+    static void fillPhases (double& phase, float* phases, int numSamples, Increment&& increment) noexcept
+    {
+        double sum = phase;
+
+        for (int k = 0; k < numSamples; ++k)
+        {
+            sum += increment (k);
+            phases[k] = static_cast<float> (sum);
+        }
+
+        phase = sum;
+        clear (phases + numSamples);
+    }
+
+    /** The sine of 0 to some 30000 radians, off by at most 2e-7. Branches would look at neighbours in the
+        vector, and the neighbours hang on the host's blocks.
+    */
+    static Floats sine (const Floats& x) noexcept
+    {
+        // Down to a quarter turn either way of the nearest multiple of pi, which is taken off in parts that
+        // leave exact products.
+        constexpr double pi    = 3.14159265358979323846;
+        constexpr float first  = 3.140625f;
+        constexpr float second = 0.0009670257568359375f;
+        constexpr auto third   = static_cast<float> (pi - static_cast<double> (first) - static_cast<double> (second));
+
+        const auto multiple = xsimd::to_int (x * Floats (static_cast<float> (1.0 / pi)) + Floats (0.5f));
+        const auto k        = xsimd::to_float (multiple);
+        const auto r        = ((x - k * Floats (first)) - k * Floats (second)) - k * Floats (third);
+
+        // Abramowitz and Stegun, Handbook of Mathematical Functions, 4.3.97.
+        const auto square = r * r;
+        auto series       = Floats (-0.0000000239f);
+        for (const float coefficient : { 0.0000027526f, -0.0001984090f, 0.0083333315f, -0.1666666664f })
+            series = series * square + Floats (coefficient);
+
+        const auto value = r + r * square * series;
+        return xsimd::bitwise_cast<Floats> (xsimd::bitwise_cast<xsimd::batch<std::int32_t, Architecture>> (value) ^ (multiple << 31));
+    }
+
+    static Floats load (const float* samples) noexcept { return Floats::load_unaligned (samples); }
+
+    //==============================================================================
+    static void addStroke (const StrokePiece& piece, StrokeState& state, float* left, float* right, int numSamples)
+    {
+        alignas (64) Scratch signal;
+        const auto& sound  = piece.sound;
+        const int padded   = paddedTo (numSamples, width);
+        const auto levelAt = [&] (int k) { return Floats (piece.level) * load (piece.levelPowers + k); };
+
+        switch (sound.source)
+        {
+            case DrumSound::Source::sweptSine:
+            {
+                alignas (64) double increments[cellSize + cellPadding];
+                constexpr double twoPi = 2.0 * 3.14159265358979323846;
+
+                for (int k = 0; k < paddedTo (numSamples, cellPadding); ++k)
+                    increments[k] = twoPi * (sound.frequency + sound.sweepDepth * (piece.sweep * piece.sweepPowers[k])) * piece.secondsPerSample;
+
+                fillPhases (state.phase, signal, numSamples, [&] (int k) { return increments[k]; });
+
+                for (int k = 0; k < padded; k += width)
+                {
+                    auto value = sine (load (signal + k)) * levelAt (k);
+
+                    if (sound.saturates)
+                        value = xsimd::tanh (Floats (DrumSound::saturationDrive) * value) * Floats (DrumSound::saturationGain);
+
+                    value.store_unaligned (signal + k);
+                }
+                break;
+            }
+
+            case DrumSound::Source::noiseAndSine:
+            {
+                alignas (64) Scratch noise;
+                const double increment = 2.0 * 3.14159265358979323846 * sound.frequency * piece.secondsPerSample;
+                fillNoise (state.noiseState, noise, numSamples);
+                fillPhases (state.phase, signal, numSamples, [=] (int) { return increment; });
+
+                for (int k = 0; k < padded; k += width)
+                {
+                    const auto value =
+                        (Floats (sound.noiseGain) * load (noise + k) + sine (load (signal + k)) * Floats (sound.sineGain)) * levelAt (k);
+                    value.store_unaligned (signal + k);
+                }
+                break;
+            }
+
+            case DrumSound::Source::brightNoise:
+            {
+                alignas (64) float noise[1 + cellSize + cellPadding];
+                noise[0] = state.previousNoise;
+                fillNoise (state.noiseState, noise + 1, numSamples);
+                state.previousNoise = noise[numSamples];
+
+                for (int k = 0; k < padded; k += width)
+                {
+                    const auto bright = load (noise + 1 + k) - Floats (DrumSound::highPassZero) * load (noise + k);
+                    (levelAt (k) * bright * Floats (sound.noiseGain)).store_unaligned (signal + k);
+                }
+                break;
+            }
+        }
+
+        clear (signal + numSamples); // past the end nothing is added
+
+        for (int k = 0; k < padded; k += width)
+        {
+            const auto out = load (signal + k) * Floats (piece.velocity) * Floats (DrumSound::gain);
+            (load (left + k) + out * Floats (1.0f - sound.pan)).store_unaligned (left + k);
+            (load (right + k) + out * Floats (1.0f + sound.pan)).store_unaligned (right + k);
+        }
+    }
+
+    static void saturate (float* samples, int numSamples)
+    {
+        for (int k = 0; k < numSamples; k += width)
+            xsimd::tanh (load (samples + k)).store_unaligned (samples + k);
+    }
+};
+
+} // namespace pulsewright
