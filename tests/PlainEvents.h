@@ -13,6 +13,12 @@
 namespace pulsewright
 {
 
+/** The hits of music that was made of one piece. */
+inline std::span<const DrumHit> hitsOf (const PlaybackData& music)
+{
+    return music.parts.empty() ? std::span<const DrumHit> {} : music.parts.front().hits;
+}
+
 /** The rule as one would say it: every hit of every repetition is looked at. */
 inline std::vector<NoteEvent> plainEventsOf (const PlaybackData& music, Repeat repeat, const BlockWindow& window)
 {
@@ -32,7 +38,7 @@ inline std::vector<NoteEvent> plainEventsOf (const PlaybackData& music, Repeat r
     const auto last   = looped ? std::floor (window.end / music.lengthInBeats) + 1 : 0.0;
 
     for (auto k = first; k <= last; ++k)
-        for (const auto& hit : music.hits)
+        for (const auto& hit : hitsOf (music))
         {
             const auto t = k * music.lengthInBeats + hit.start;
             emit (t, 0x99, hit.note, hit.velocity);

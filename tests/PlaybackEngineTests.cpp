@@ -4,6 +4,7 @@
 #include "PlainEvents.h"
 
 #include "generation/GrooveGenerator.h"
+#include "generation/SongBuilder.h"
 #include "processor/PreviewTransport.h"
 #include "processor/SnapshotExchange.h"
 
@@ -52,7 +53,7 @@ namespace
         std::vector<ExpectedNote> notes;
 
         for (int k = -1; k <= repetitions; ++k)
-            for (const auto& hit : music.hits)
+            for (const auto& hit : hitsOf (music))
             {
                 const auto beat = k * music.lengthInBeats + hit.start;
                 notes.push_back ({ beat, NoteEvent::noteOn, static_cast<std::uint8_t> (hit.note) });
@@ -74,11 +75,20 @@ namespace
 
 TEST (PlaybackEngine, FindsWhatAScanFinds)
 {
-    const auto music  = busyGroove (3);
+    const auto song   = std::make_shared<const SongArrangement> (SongBuilder::buildSong ({}, 48, 0));
+    const auto groove = busyGroove (3);
     std::size_t found = 0;
 
-    for (const auto repeat : { Repeat::once, Repeat::looped })
-        for (const double firstBeat : { -13.0, 0.0, 11.7, 1.0e6 + 1.0 / 3.0, 3.0e9 })
+    struct Case
+    {
+        Repeat repeat;
+        std::shared_ptr<const PlaybackData> music, inOnePiece;
+    };
+
+    for (const auto& [repeat, music, inOnePiece] : { Case { Repeat::once, groove, groove },
+                                                     Case { Repeat::looped, groove, groove },
+                                                     Case { Repeat::once, makePlaybackData (song), makePlaybackData (flatten (*song), 192.0) } })
+        for (const double firstBeat : { -13.0, 0.0, 11.7, 60.0, 1.0e6 + 1.0 / 3.0, 3.0e9 })
             for (const int fixedSize : { 1, 32, 441, 512, 8192, 0 })
             {
                 BlockSizes sizes { fixedSize };
@@ -88,7 +98,7 @@ TEST (PlaybackEngine, FindsWhatAScanFinds)
                 {
                     const auto window = windowAt (beat, tempo, rate, sizes.next());
                     const auto events = eventsOf (*music, repeat, window);
-                    ASSERT_EQ (events, plainEventsOf (*music, repeat, window)) << "block of " << window.numSamples << " at beat " << beat;
+                    ASSERT_EQ (events, plainEventsOf (*inOnePiece, repeat, window)) << "block of " << window.numSamples << " at beat " << beat;
                     found += events.size();
                     beat = window.end;
                 }
@@ -179,7 +189,9 @@ TEST (PlaybackEngine, NothingThatCannotBePlayedIsPlayed)
 
     EXPECT_TRUE (eventsOf (*music, Repeat::looped, windowAt (0.0, 120.0, rate, 0)).empty());
     EXPECT_TRUE (eventsOf (*makePlaybackData ({}, 8.0), Repeat::looped, windowAt (0.0, 120.0, rate, 512)).empty());
-    EXPECT_TRUE (eventsOf (*makePlaybackData (music->hits, 0.0), Repeat::looped, windowAt (0.0, 120.0, rate, 512)).empty());
+    EXPECT_TRUE (
+        eventsOf (*makePlaybackData ({ hitsOf (*music).begin(), hitsOf (*music).end() }, 0.0), Repeat::looped, windowAt (0.0, 120.0, rate, 512))
+            .empty());
 }
 
 TEST (PlaybackEngine, NoteOffFallsInTheNextBlockAcrossTheLoop)

@@ -238,7 +238,7 @@ namespace
             const double velocityOffset = static_cast<double> (dice.bipolar());
 
             double beat               = static_cast<double> (bar) * beatsPerBar + candidate.beat;
-            const bool isOddSixteenth = std::fmod (std::floor (beat * 4.0 + 0.5), 2.0) == 1.0;
+            const bool isOddSixteenth = static_cast<int> (beat * 4.0 + 0.5) % 2 == 1;
 
             if (isOddSixteenth)
                 beat += static_cast<double> (settings.swing) * swingBeats;

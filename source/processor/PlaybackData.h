@@ -5,25 +5,42 @@
 
 #pragma once
 
-#include "generation/DrumPattern.h"
+#include "generation/SongArrangement.h"
 
 #include <array>
+#include <cstddef>
 #include <memory>
+#include <span>
 #include <vector>
 
 namespace pulsewright
 {
 
-/** What one playable thing (a pattern, a section or the song) sounds like. Never changed once made. */
+/** What one playable thing (a pattern, a section or the song) sounds like. Never changed once made.
+    The hits are those of the pattern or the song that it was made from, kept alive by their owner.
+*/
 struct PlaybackData
 {
-    std::vector<DrumHit> hits; ///< sorted by start
+    struct Part
+    {
+        double startBeat;              ///< in the whole
+        std::span<const DrumHit> hits; ///< not empty; from the part's start, sorted by start
+    };
+
+    std::vector<Part> parts; ///< one after the other
     double lengthInBeats = 8.0;
     double longestHit    = 0.0; ///< in beats; how far before a block a note may begin that ends in it
+    std::shared_ptr<const void> owner;
 };
 
 /** @param hits  sorted by start */
 std::shared_ptr<const PlaybackData> makePlaybackData (std::vector<DrumHit> hits, double lengthInBeats);
+
+/** The whole song. */
+std::shared_ptr<const PlaybackData> makePlaybackData (const std::shared_ptr<const SongArrangement>& song);
+
+/** A section of it, alone. @param section  its index */
+std::shared_ptr<const PlaybackData> makePlaybackData (const std::shared_ptr<const SongArrangement>& song, std::size_t section);
 
 /** Everything the audio thread may be asked to play, exchanged as a whole.
     Snapshots share the parts that did not change; only the message thread counts the references.

@@ -11,6 +11,7 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <span>
 
 namespace pulsewright
 {
@@ -96,17 +97,19 @@ void findEvents (const PlaybackData& music, Repeat repeat, const BlockWindow& wi
 {
     const auto isInBlock = [&window] (double beat) { return beat >= window.from && beat < window.end; };
 
-    const auto playRepetition = [&] (double firstBeat)
+    const auto playPart = [&] (double firstBeat, std::span<const DrumHit> hits)
     {
         // Wide enough that no rounding can hide a hit; isInBlock() decides.
         const double slack = 8.0 * std::numeric_limits<double>::epsilon() * (std::abs (window.end) + std::abs (firstBeat) + 1.0);
         const double first = window.from - firstBeat - music.longestHit - slack;
         const double last  = window.end - firstBeat + slack;
 
+        if (first > hits.back().start || last < hits.front().start)
+            return;
+
         const auto startsBefore = [] (const DrumHit& hit, double beat) { return hit.start < beat; };
 
-        for (auto hit = std::lower_bound (music.hits.begin(), music.hits.end(), first, startsBefore); hit != music.hits.end() && hit->start < last;
-             ++hit)
+        for (auto hit = std::lower_bound (hits.begin(), hits.end(), first, startsBefore); hit != hits.end() && hit->start < last; ++hit)
         {
             const double onBeat  = firstBeat + hit->start;
             const double offBeat = onBeat + hit->length;
@@ -120,7 +123,13 @@ void findEvents (const PlaybackData& music, Repeat repeat, const BlockWindow& wi
         }
     };
 
-    if (! (window.from < window.end) || music.hits.empty() || ! (music.lengthInBeats > 0.0))
+    const auto playRepetition = [&] (double firstBeat)
+    {
+        for (const auto& part : music.parts)
+            playPart (firstBeat + part.startBeat, part.hits);
+    };
+
+    if (! (window.from < window.end) || music.parts.empty() || ! (music.lengthInBeats > 0.0))
         return;
 
     if (repeat == Repeat::once)

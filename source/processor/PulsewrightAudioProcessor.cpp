@@ -59,7 +59,7 @@ void PulsewrightAudioProcessor::takeNextSalt()
 void PulsewrightAudioProcessor::buildSongFromSettings()
 {
     songForm = { settings.genre, values.songDuration(), values.songStructure() };
-    song     = SongBuilder::buildSong (settings, getSongBarCount (getEffectiveBpm()), songForm.structure);
+    song     = std::make_shared<const SongArrangement> (SongBuilder::buildSong (settings, getSongBarCount (getEffectiveBpm()), songForm.structure));
 }
 
 template <typename Change>
@@ -164,8 +164,8 @@ void PulsewrightAudioProcessor::buildSong()
             takeNextSalt();
             buildSongFromSettings();
 
-            if (! song.sections.empty())
-                pattern = song.sections.front().pattern;
+            if (! song->sections.empty())
+                pattern = song->sections.front().pattern;
 
             pendingSection = noSection;
             publishPlaybackData();
@@ -177,10 +177,10 @@ void PulsewrightAudioProcessor::selectSection (int index)
     {
         const juce::ScopedLock lock (dataLock);
 
-        if (! juce::isPositiveAndBelow (index, static_cast<int> (song.sections.size())))
+        if (! juce::isPositiveAndBelow (index, static_cast<int> (song->sections.size())))
             return;
 
-        pattern        = song.sections[static_cast<std::size_t> (index)].pattern;
+        pattern        = song->sections[static_cast<std::size_t> (index)].pattern;
         pendingSection = noSection;
         publishPattern();
         ++changeCounter;
@@ -195,7 +195,7 @@ void PulsewrightAudioProcessor::setMaterial (DrumPattern newPattern, SongArrange
         [&]
         {
             pattern        = std::move (newPattern);
-            song           = std::move (newSong);
+            song           = std::make_shared<const SongArrangement> (std::move (newSong));
             pendingSection = noSection;
             publishPlaybackData();
         });
@@ -209,18 +209,10 @@ void PulsewrightAudioProcessor::publishPattern()
 
 void PulsewrightAudioProcessor::publishPlaybackData()
 {
-    published.song = makePlaybackData (flatten (song), song.lengthInBeats());
+    published.song = makePlaybackData (song);
 
     for (std::size_t slot = 0; slot < published.sections.size(); ++slot)
-    {
-        published.sections[slot] = nullptr;
-
-        if (slot < song.sections.size())
-        {
-            const auto& section      = song.sections[slot].pattern;
-            published.sections[slot] = makePlaybackData (section.hits, section.lengthInBeats());
-        }
-    }
+        published.sections[slot] = slot < song->sections.size() ? makePlaybackData (song, slot) : nullptr;
 
     publishPattern();
 }
@@ -234,7 +226,7 @@ DrumPattern PulsewrightAudioProcessor::getPattern() const
 SongArrangement PulsewrightAudioProcessor::getSong() const
 {
     const juce::ScopedLock lock (dataLock);
-    return song;
+    return *song;
 }
 
 bool PulsewrightAudioProcessor::isSongAsChosen() const
@@ -388,7 +380,7 @@ namespace
 {
     bool isPlayable (const PlaybackData* source) noexcept
     {
-        return source != nullptr && ! source->hits.empty() && source->lengthInBeats > 0.0;
+        return source != nullptr && ! source->parts.empty() && source->lengthInBeats > 0.0;
     }
 
     void addNotes (juce::MidiBuffer& midi, const PlaybackData& source, bool fullSong, const BlockWindow& window)

@@ -184,9 +184,9 @@ private:
     juce::CriticalSection dataLock;
     GenerationSettings settings;
     DrumPattern pattern;
-    SongArrangement song;
-    SongForm songForm {};       // that the song was built to
-    PlaybackSnapshot published; // the publisher's copy of what is current
+    std::shared_ptr<const SongArrangement> song = std::make_shared<const SongArrangement>(); // shared with what is published
+    SongForm songForm {};                                                                    // that the song was built to
+    PlaybackSnapshot published;                                                              // the publisher's copy of what is current
 
     // both, atomic
     SnapshotExchange<PlaybackSnapshot> snapshots;
