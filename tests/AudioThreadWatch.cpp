@@ -3,10 +3,18 @@
 
 #include "AudioThreadWatch.h"
 
+#include <array>
 #include <cerrno>
+#include <csignal>
 #include <cstddef>
+#include <cstdint>
+#include <cstdlib>
 #include <dlfcn.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
 #include <pthread.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
 
 namespace pulsewright
 {
@@ -31,6 +39,34 @@ AudioThreadWatch::AudioThreadWatch()
 AudioThreadWatch::~AudioThreadWatch()
 {
     isWatched = false;
+}
+
+bool AudioThreadWatch::refuseSystemCalls()
+{
+    void* volatile first = std::malloc (1); // sets up the thread's own heap, which it needs to end
+    std::free (first);
+
+    struct sigaction action
+    {};
+    action.sa_handler = [] (int) { count (&Counts::systemCalls); };
+    sigaction (SIGSYS, &action, nullptr);
+
+    // What a thread needs to end, and to come back from the signal, is let through.
+    constexpr std::array allowed { SYS_rt_sigreturn, SYS_rt_sigprocmask, SYS_madvise, SYS_munmap, SYS_exit };
+    std::array<sock_filter, 2 * allowed.size() + 2> program {};
+    auto instruction = program.begin();
+    *instruction++   = BPF_STMT (BPF_LD | BPF_W | BPF_ABS, offsetof (seccomp_data, nr));
+
+    for (const auto number : allowed)
+    {
+        *instruction++ = BPF_JUMP (BPF_JMP | BPF_JEQ | BPF_K, static_cast<std::uint32_t> (number), 0, 1);
+        *instruction++ = BPF_STMT (BPF_RET | BPF_K, SECCOMP_RET_ALLOW);
+    }
+
+    *instruction = BPF_STMT (BPF_RET | BPF_K, SECCOMP_RET_TRAP);
+
+    const sock_fprog filter { static_cast<unsigned short> (program.size()), program.data() };
+    return prctl (PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 && prctl (PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter) == 0;
 }
 
 AudioThreadWatch::Counts AudioThreadWatch::counts() noexcept

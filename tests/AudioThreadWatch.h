@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Tolm
 // SPDX-License-Identifier: AGPL-3.0-only
 
-// Counts what the audio thread must never do: allocate, free and lock.
+// Counts what the audio thread must never do: allocate, free, lock and call the system.
 
 #pragma once
 
@@ -31,9 +31,14 @@ public:
 
     struct Counts
     {
-        long allocations = 0, frees = 0, locks = 0;
+        long allocations = 0, frees = 0, locks = 0, systemCalls = 0;
         bool operator== (const Counts&) const = default;
     };
+
+    /** From here on this thread's system calls are refused and, while watched, counted. It can only end.
+        @returns false where the kernel does not offer that
+    */
+    static bool refuseSystemCalls();
 
     /** What this thread has done while watched, ever. */
     static Counts counts() noexcept;
