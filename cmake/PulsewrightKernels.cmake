@@ -39,5 +39,5 @@ else()
 endif()
 
 if (CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-    target_compile_options (pulsewright_kernels_Avx512 PRIVATE -Wno-maybe-uninitialized) # GCC 12's own header: its bug 105593
+    target_compile_options (pulsewright_kernels_Avx512 PRIVATE -Wno-uninitialized -Wno-maybe-uninitialized) # GCC 12's own header: its bug 105593
 endif()
