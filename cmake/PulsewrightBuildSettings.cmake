@@ -30,6 +30,11 @@ target_compile_features (pulsewright_build_settings INTERFACE cxx_std_20)
 target_compile_options (pulsewright_build_settings INTERFACE
     $<$<CXX_COMPILER_ID:GNU,Clang,AppleClang>:-ffp-contract=off>)
 
+# GCC's unique symbols keep a plug-in's module in memory for ever once it is loaded. For JUCE's files too.
+if (CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    add_compile_options ($<$<COMPILE_LANGUAGE:CXX>:-fno-gnu-unique>)
+endif()
+
 # For our own code only; JUCE's headers are system headers to it.
 add_library (pulsewright_warnings INTERFACE)
 target_compile_options (pulsewright_warnings INTERFACE

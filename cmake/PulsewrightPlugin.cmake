@@ -38,6 +38,8 @@ target_sources (Pulsewright PRIVATE
     source/processor/StrokeKernelsFor.h
     source/export/MidiExport.cpp
     source/export/MidiExport.h
+    source/export/PrivateFolder.cpp
+    source/export/PrivateFolder.h
     source/editor/EditorConstruction.cpp
     source/editor/EditorLayout.cpp
     source/editor/EditorLayout.h

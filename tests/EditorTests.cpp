@@ -15,8 +15,12 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <functional>
 #include <set>
+#include <sys/stat.h>
 #include <thread>
+#include <unistd.h>
 
 namespace pulsewright
 {
@@ -411,6 +415,57 @@ TEST (MidiExport, NamesFilesAndWritesThem)
                          .getTooltip()
                          .endsWith (file.getFullPathName()));
     }
+}
+
+TEST (MidiExport, DragsThroughNobodyElsesFolder)
+{
+    const auto scratch  = juce::File::createTempFile ({});
+    const auto folder   = scratch.getChildFile ("Pulsewright MIDI");
+    const auto precious = scratch.getChildFile ("precious");
+    const auto* old     = std::getenv ("TMPDIR");
+    const std::string oldFolder (old != nullptr ? old : "");
+    precious.createDirectory();
+    setenv ("TMPDIR", scratch.getFullPathName().toRawUTF8(), 1);
+
+    struct Case
+    {
+        const char* what;
+        bool isDragged;
+        std::function<void()> prepare;
+    };
+
+    const Case cases[] { { "nothing there", true, [] {} },
+                         { "a link", false, [&] { precious.createSymbolicLink (folder, true); } },
+                         { "a file", false, [&] { folder.replaceWithText ("in the way"); } },
+                         { "ours, but open to all",
+                           true,
+                           [&] { EXPECT_TRUE (folder.createDirectory() && chmod (folder.getFullPathName().toRawUTF8(), 0777) == 0); } },
+                         { "somebody else's", false, [&] {
+                              EXPECT_TRUE (folder.createDirectory() && chown (folder.getFullPathName().toRawUTF8(), 65534, 65534) == 0);
+                          } } };
+
+    Window window;
+
+    for (const auto& [what, isDragged, prepare] : cases)
+    {
+        if (what == std::string ("somebody else's") && geteuid() != 0)
+            continue; // only root can give a folder away
+
+        prepare();
+        const auto file = window.editor->createDragMidiFile (false);
+        EXPECT_EQ (file != juce::File() && file.existsAsFile(), isDragged) << what;
+        EXPECT_EQ (find<juce::TextButton> (*window.editor, "Drag pattern MIDI").getTooltip().contains ("Could not open"), ! isDragged) << what;
+        EXPECT_EQ (precious.getNumberOfChildFiles (juce::File::findFiles), 0) << what;
+
+        struct stat info
+        {};
+        EXPECT_TRUE (! isDragged || (stat (folder.getFullPathName().toRawUTF8(), &info) == 0 && (info.st_mode & 0022) == 0)) << what;
+        folder.deleteFile();
+        folder.deleteRecursively();
+    }
+
+    old != nullptr ? setenv ("TMPDIR", oldFolder.c_str(), 1) : unsetenv ("TMPDIR");
+    scratch.deleteRecursively();
 }
 
 } // namespace pulsewright

@@ -380,46 +380,4 @@ TEST (Processor, PreviewRunsOnItsOwnClock)
     EXPECT_EQ (blocks, 43); // 64 beats are 42.67 seconds
 }
 
-TEST (Processor, NoHostUpsetsIt)
-{
-    constexpr auto nan      = std::numeric_limits<double>::quiet_NaN();
-    constexpr auto infinity = std::numeric_limits<double>::infinity();
-    PulsewrightAudioProcessor processor;
-    TransportPlayHead playHead;
-    processor.setPlayHead (&playHead);
-    std::mt19937 dice (3);
-    const auto oneOf = [&dice] (const auto& values) { return values[dice() % std::size (values)]; };
-
-    const double positions[] { 0.0, 3.99, -1e5, 1e6, 1e18, -1e300, nan, infinity };
-    const double tempos[] { 120.0, 0.0, -90.0, 1e-9, 1e300, nan, infinity };
-    const double rates[] { 44100.0, 0.0, -1.0, 1.0, 384000.0, nan };
-    const int sizes[] { 0, 1, 2, 32, 512, 4096 };
-
-    for (int i = 0; i < 3000; ++i)
-    {
-        juce::AudioBuffer<double> wide (static_cast<int> (dice() % 3), oneOf (sizes));
-        juce::AudioBuffer<float> buffer (static_cast<int> (dice() % 3), oneOf (sizes));
-        juce::MidiBuffer midi;
-        midi.addEvent (juce::MidiMessage::noteOn (1, static_cast<int> (dice() % 128), 1.0f), static_cast<int> (dice() % 9000));
-        midi.addEvent (juce::MidiMessage::createSysExMessage ("sysex", 5), 0);
-
-        if (dice() % 8 == 0)
-            processor.prepareToPlay (oneOf (rates), 512);
-        if (dice() % 40 == 0)
-            dice() % 2 == 0 ? static_cast<void> (processor.startPreview()) : processor.stopPreview();
-
-        playHead.moveTo ({ .isPlaying = dice() % 4 != 0, .ppq = oneOf (positions), .bpm = oneOf (tempos) });
-        dice() % 16 == 0 ? processor.processBlockBypassed (buffer, midi) : processor.processBlock (buffer, midi);
-        processor.processBlock (wide, midi);
-
-        for (int channel = 0; channel < buffer.getNumChannels(); ++channel)
-            for (int n = 0; n < buffer.getNumSamples(); ++n)
-                ASSERT_LE (std::abs (buffer.getSample (channel, n)), 1.0f) << "block " << i;
-
-        EXPECT_TRUE (processor.getEffectiveBpm() == 120 || processor.getEffectiveBpm() == 90);
-    }
-
-    processor.setPlayHead (nullptr);
-}
-
 } // namespace pulsewright

@@ -4,6 +4,7 @@
 #include "MidiExport.h"
 
 #include "MidiFileWriter.h"
+#include "PrivateFolder.h"
 
 namespace pulsewright::midiExport
 {
@@ -16,12 +17,19 @@ namespace
         return documents == juce::File() ? juce::File::getCurrentWorkingDirectory().getChildFile (name) : documents.getChildFile (name);
     }
 
-    juce::File dragFile (const char* kind, std::uint32_t seed)
+    template <typename Music>
+    juce::File writeForDrag (const Music& music, const char* kind, int tempoBpm, std::string& errorText)
     {
         const auto folder = juce::File::getSpecialLocation (juce::File::tempDirectory).getChildFile ("Pulsewright MIDI");
-        folder.createDirectory(); // if it cannot be made, writing says so
+        const auto file   = folder.getChildFile ("Pulsewright " + juce::String (kind) + " " + juce::String (music.seed) + ".mid");
 
-        return folder.getChildFile ("Pulsewright " + juce::String (kind) + " " + juce::String (seed) + ".mid");
+        if (! makePrivateFolder (folder))
+        {
+            errorText = MidiFileWriter::cannotOpenMessage;
+            return {};
+        }
+
+        return save (file, music, tempoBpm, errorText) ? file : juce::File();
     }
 } // namespace
 
@@ -52,14 +60,12 @@ bool save (const juce::File& file, const DrumPattern& pattern, int tempoBpm, std
 
 juce::File fileForDrag (const SongArrangement& song, int tempoBpm, std::string& errorText)
 {
-    const auto file = dragFile ("Song", song.seed);
-    return save (file, song, tempoBpm, errorText) ? file : juce::File();
+    return writeForDrag (song, "Song", tempoBpm, errorText);
 }
 
 juce::File fileForDrag (const DrumPattern& pattern, int tempoBpm, std::string& errorText)
 {
-    const auto file = dragFile ("Pattern", pattern.seed);
-    return save (file, pattern, tempoBpm, errorText) ? file : juce::File();
+    return writeForDrag (pattern, "Pattern", tempoBpm, errorText);
 }
 
 } // namespace pulsewright::midiExport

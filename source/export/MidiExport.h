@@ -27,7 +27,8 @@ bool save (const juce::File& file, const SongArrangement& song, int tempoBpm, st
 bool save (const juce::File& file, const DrumPattern& pattern, int tempoBpm, std::string& errorText);
 
 /** Writes the file for a drag, named by its seed, into a folder of the temporary folder; what was there
-    under the name is replaced. @returns no file on failure
+    under the name is replaced. A folder that is not ours alone counts as one that cannot be written to.
+    @returns no file on failure
 */
 juce::File fileForDrag (const SongArrangement& song, int tempoBpm, std::string& errorText);
 juce::File fileForDrag (const DrumPattern& pattern, int tempoBpm, std::string& errorText);

@@ -13,7 +13,7 @@ namespace
 
     // A block of more beats than this is no playback but a host gone wrong; to search it for notes
     // would keep the audio thread for seconds.
-    constexpr double mostBeatsOfABlock = 1024.0;
+    constexpr double mostBeatsOfABlock = 256.0;
 } // namespace
 
 BlockWindow windowAt (double startBeat, double tempoBpm, double sampleRate, int numSamples) noexcept

@@ -1,0 +1,267 @@
+// SPDX-FileCopyrightText: 2026 Tolm
+// SPDX-License-Identifier: AGPL-3.0-only
+
+// Hosts that do what no host should.
+
+#include "StateBytes.h"
+#include "TransportPlayHead.h"
+
+#include "editor/PulsewrightAudioProcessorEditor.h"
+#include "processor/PulsewrightAudioProcessor.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <cmath>
+#include <dlfcn.h>
+#include <functional>
+#include <limits>
+#include <random>
+#include <thread>
+
+namespace pulsewright
+{
+
+namespace
+{
+    constexpr double nan      = std::numeric_limits<double>::quiet_NaN();
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+
+    /** Plays blocks of any size, rate, place and tempo, with MIDI that fits in none of them. */
+    class MadTransport
+    {
+    public:
+        explicit MadTransport (PulsewrightAudioProcessor& p) : processor (p) { processor.setPlayHead (&playHead); }
+        ~MadTransport() { processor.setPlayHead (nullptr); }
+
+    private:
+        bool oneIn (std::uint32_t n) { return dice() % n == 0; }
+
+        template <typename Values>
+        auto oneOf (const Values& values)
+        {
+            return values[dice() % std::size (values)];
+        }
+
+    public:
+        void playBlock()
+        {
+            constexpr double positions[] { 0.0, 3.99, -1e5, 1e6, 1e18, -1e300, nan, infinity, -infinity };
+            constexpr double tempos[] { 120.0, 0.0, -90.0, 1e-9, 1e300, nan, infinity };
+            constexpr double rates[] { 44100.0, 48000.0, 0.0, -1.0, 1.0, 384000.0, 1e12, nan, infinity };
+
+            if (oneIn (8)) // and never a release
+                processor.prepareToPlay (oneOf (rates), 512);
+            if (oneIn (40))
+                oneIn (2) ? static_cast<void> (processor.startPreview()) : processor.stopPreview();
+
+            const bool isKnown = ! oneIn (10);
+            playHead.moveTo ({ .isPlaying = ! oneIn (4),
+                               .ppq       = isKnown ? std::optional (oneOf (positions)) : std::nullopt,
+                               .bpm       = isKnown ? std::optional (oneOf (tempos)) : std::nullopt });
+
+            fillMidi();
+            oneIn (2) ? play<float>() : play<double>();
+        }
+
+    private:
+        void fillMidi()
+        {
+            midi.clear();
+
+            for (auto i = dice() % 6; i > 0; --i)
+            {
+                std::array<std::uint8_t, 3> bytes { static_cast<std::uint8_t> (0x80 + dice() % 0x80),
+                                                    static_cast<std::uint8_t> (dice()),
+                                                    static_cast<std::uint8_t> (dice()) };
+                midi.addEvent (bytes.data(), static_cast<int> (1 + dice() % 3), static_cast<int> (dice() % 20000) - 500);
+            }
+
+            if (oneIn (8))
+                midi.addEvent (juce::MidiMessage::createSysExMessage ("sysex", 5), 0);
+        }
+
+        template <typename Sample>
+        void play()
+        {
+            constexpr int sizes[] { 0, 1, 2, 31, 32, 511, 4096, 8192 };
+            const int numSamples = oneIn (2) ? oneOf (sizes) : static_cast<int> (dice() % 1000);
+            juce::AudioBuffer<Sample> buffer (static_cast<int> (dice() % 3), numSamples);
+            oneIn (16) ? processor.processBlockBypassed (buffer, midi) : processor.processBlock (buffer, midi);
+
+            for (int channel = 0; channel < buffer.getNumChannels(); ++channel)
+                for (int i = 0; i < numSamples; ++i)
+                    ASSERT_LE (std::abs (buffer.getSample (channel, i)), 1.0); // which no NaN is
+        }
+
+        PulsewrightAudioProcessor& processor;
+        TransportPlayHead playHead;
+        juce::MidiBuffer midi;
+        std::mt19937 dice { 3 };
+    };
+} // namespace
+
+TEST (HostileHost, PlaysAnythingAnywhere)
+{
+    PulsewrightAudioProcessor processor;
+    MadTransport transport (processor);
+
+    for (int i = 0; i < 6000; ++i)
+    {
+        transport.playBlock();
+        ASSERT_FALSE (testing::Test::HasFatalFailure()) << "block " << i;
+        ASSERT_TRUE (processor.getEffectiveBpm() == 120 || processor.getEffectiveBpm() == 90);
+    }
+}
+
+/** Three threads turn the knobs, one restores, the window is open, and it plays. */
+TEST (HostileHost, EverybodyAtOnce)
+{
+    PulsewrightAudioProcessor processor;
+    const auto good = saved (processor);
+    std::unique_ptr<juce::AudioProcessorEditor> editor (processor.createEditor());
+    std::atomic<bool> stop { false };
+    std::atomic<int> turns { 0 }, restores { 0 };
+    std::vector<std::thread> threads;
+
+    for (std::uint32_t seed = 0; seed < 3; ++seed)
+        threads.emplace_back (
+            [&, seed]
+            {
+                for (std::mt19937 dice (seed); ! stop; ++turns)
+                    processor.getParameters()[static_cast<int> (dice() % 18)]->setValueNotifyingHost (static_cast<float> (dice() % 1000) / 999.0f);
+            });
+
+    threads.emplace_back (
+        [&]
+        {
+            for (; ! stop; ++restores)
+            {
+                restore (processor, good);
+                for (const auto& bad : badStates (good))
+                    if (bad.bytes.getSize() < 100000)
+                        restore (processor, bad.bytes);
+            }
+        });
+
+    threads.emplace_back (
+        [&]
+        {
+            MadTransport transport (processor);
+            while (! stop)
+                transport.playBlock();
+        });
+
+    for (int i = 0; i < 40; ++i)
+    {
+        juce::MessageManager::getInstance()->runDispatchLoopUntil (25);
+        processor.mutatePattern();
+        if (i % 10 == 9)
+            editor.reset (processor.createEditor());
+    }
+
+    stop = true;
+    for (auto& thread : threads)
+        thread.join();
+
+    EXPECT_GT (turns, 100);
+    EXPECT_GT (restores, 0);
+    restore (processor, good);
+    EXPECT_EQ (saved (processor), good);
+}
+
+/** A host that saves from inside a gesture, and one that keeps us waiting there. */
+TEST (HostileHost, GesturesCallBack)
+{
+    struct Host final : juce::AudioProcessorListener
+    {
+        explicit Host (PulsewrightAudioProcessor& p) : processor (p) { processor.addListener (this); }
+        ~Host() override { processor.removeListener (this); }
+
+        void audioProcessorParameterChanged (juce::AudioProcessor*, int, float) override { atEveryChange(); }
+        void audioProcessorChanged (juce::AudioProcessor*, const ChangeDetails&) override { atEveryChange(); }
+        void audioProcessorParameterChangeGestureBegin (juce::AudioProcessor*, int) override { atEveryChange(); }
+        void audioProcessorParameterChangeGestureEnd (juce::AudioProcessor*, int) override { atEveryChange(); }
+
+        PulsewrightAudioProcessor& processor;
+        std::function<void()> atEveryChange;
+    };
+
+    PulsewrightAudioProcessor processor;
+    processor.prepareToPlay (48000.0, 64);
+    processor.startPreview();
+    Host host (processor);
+    int saves = 0, blocks = 0;
+
+    host.atEveryChange = [&] { saves += saved (processor).getSize() > 0 ? 1 : 0; };
+    processor.mutatePattern();
+    EXPECT_EQ (saves, 8 * 3 + 1);
+
+    // Another thread saves, and the audio plays, while the host takes its time.
+    host.atEveryChange = [&]
+    {
+        std::thread ([&] { saves += saved (processor).getSize() > 0 ? 1 : 0; }).join();
+        std::thread (
+            [&]
+            {
+                juce::AudioBuffer<float> buffer (2, 64);
+                juce::MidiBuffer midi;
+                processor.processBlock (buffer, midi);
+                ++blocks;
+            })
+            .join();
+        juce::Thread::sleep (50);
+    };
+    processor.mutatePattern();
+    EXPECT_EQ (saves, 2 * (8 * 3 + 1));
+    EXPECT_EQ (blocks, 8 * 3 + 1);
+    EXPECT_EQ (processor.getSeedCounter(), 3u);
+}
+
+TEST (HostileHost, AHundredInstancesComeAndGo)
+{
+    std::vector<std::unique_ptr<PulsewrightAudioProcessor>> instances;
+    std::mt19937 dice (1);
+
+    for (int i = 0; i < 100; ++i)
+        instances.push_back (std::make_unique<PulsewrightAudioProcessor>());
+
+    std::shuffle (instances.begin(), instances.end(), dice);
+    instances[0]->generatePattern (SectionType::fill);
+    EXPECT_EQ (instances[0]->getSeedCounter(), 2u);
+    EXPECT_EQ (instances[1]->getSeedCounter(), 1u) << "instances share nothing that changes";
+    EXPECT_EQ (instances[1]->getPattern(), instances[99]->getPattern());
+
+    while (! instances.empty())
+        instances.pop_back();
+}
+
+/** The module itself, as a host's scanner treats it. */
+TEST (HostileHost, TheModuleLoadsAndUnloads)
+{
+    const auto binary = juce::File (PULSEWRIGHT_TEST_BUNDLE).findChildFiles (juce::File::findFiles, true, "*.so").getFirst();
+    ASSERT_TRUE (binary.existsAsFile());
+    const auto isMapped = [&] { return juce::File ("/proc/self/maps").loadFileAsString().contains (binary.getFileName()); };
+
+    for (int i = 0; i < 500; ++i)
+    {
+        auto* module = dlopen (binary.getFullPathName().toRawUTF8(), RTLD_NOW | RTLD_LOCAL);
+        ASSERT_NE (module, nullptr) << dlerror();
+        ASSERT_TRUE (isMapped());
+
+        const auto enter   = reinterpret_cast<bool (*) (void*)> (dlsym (module, "ModuleEntry"));
+        const auto leave   = reinterpret_cast<bool (*)()> (dlsym (module, "ModuleExit"));
+        const auto factory = reinterpret_cast<void* (*) ()> (dlsym (module, "GetPluginFactory"));
+        ASSERT_TRUE (enter != nullptr && leave != nullptr && factory != nullptr);
+        ASSERT_TRUE (enter (module));
+        ASSERT_NE (factory(), nullptr);
+        ASSERT_TRUE (leave());
+        dlclose (module);
+    }
+
+    EXPECT_FALSE (isMapped());
+}
+
+} // namespace pulsewright
