@@ -155,6 +155,35 @@ TEST (PlaybackEngine, EveryHostPlaysEveryNoteOnce)
         }
 }
 
+TEST (PlaybackEngine, TenHoursLoseNothing)
+{
+    const auto music            = busyGroove (4);
+    const double beatsPerSample = tempo / (rate * 60.0);
+    constexpr int numSamples    = 441;
+    TransportContinuity continuity;
+    BlockWindow window;
+    std::map<std::pair<int, int>, std::int64_t> played, expected; // status and note
+
+    for (std::int64_t sample = 0; sample < static_cast<std::int64_t> (10 * 3600 * rate); sample += numSamples)
+    {
+        const auto position = std::round (static_cast<double> (sample) * beatsPerSample * 1920.0) / 1920.0;
+        window              = continuity.join (windowAt (position, tempo, rate, numSamples));
+        findEvents (*music, Repeat::looped, window, [&] (const NoteEvent& e) { ++played[{ e.status, e.note }]; });
+    }
+
+    // Repetitions whose event at this beat lies between the start and the end.
+    const auto repetitions = [&] (double beat)
+    { return static_cast<std::int64_t> (std::ceil ((window.end - beat) / music->lengthInBeats) - std::ceil (-beat / music->lengthInBeats)); };
+
+    for (const auto& hit : hitsOf (*music))
+    {
+        expected[{ NoteEvent::noteOn, static_cast<int> (hit.note) }] += repetitions (hit.start);
+        expected[{ NoteEvent::noteOff, static_cast<int> (hit.note) }] += repetitions (hit.start + hit.length);
+    }
+
+    EXPECT_EQ (played, expected);
+}
+
 TEST (PlaybackEngine, AJumpIsPlayedAsItStands)
 {
     TransportContinuity continuity;
