@@ -41,9 +41,9 @@ struct Chance
         return { factor * c.constant, factor * c.density, factor * c.syncopation, factor * c.variation };
     }
 
-    friend constexpr Chance operator+ (Chance c, double constant) noexcept
+    friend constexpr Chance operator+ (Chance c, double more) noexcept
     {
-        c.constant += constant;
+        c.constant += more;
         return c;
     }
 };
