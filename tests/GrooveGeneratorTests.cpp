@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace pulsewright
 {
@@ -88,6 +89,33 @@ TEST (GrooveGenerator, SilentLanesStaySilent)
 
         settings.setValues ({ 1, 1, 1, 1, 1, 1, 1, 1, 0, 0, 0, 0 });
         EXPECT_TRUE (GrooveGenerator::generate (settings, SectionType::fill, 8, 0).hits.empty());
+    }
+}
+
+TEST (GrooveGenerator, ControlsThatNoNumberCanFollowDoNoHarm)
+{
+    constexpr auto nan      = std::numeric_limits<float>::quiet_NaN();
+    constexpr auto infinity = std::numeric_limits<float>::infinity();
+
+    struct Case
+    {
+        float GenerationSettings::*control;
+        float value, countsAs;
+    };
+
+    for (const auto& [control, value, countsAs] : { Case { &GenerationSettings::energy, nan, 0.0f },
+                                                    Case { &GenerationSettings::energy, infinity, 1.0f },
+                                                    Case { &GenerationSettings::density, nan, 0.0f },
+                                                    Case { &GenerationSettings::velocity, infinity, 1e30f } })
+    {
+        auto settings     = everyControlAt (0.8f);
+        auto expected     = settings;
+        settings.*control = value;
+        expected.*control = countsAs;
+
+        const auto pattern = GrooveGenerator::generate (settings, SectionType::fill, 4, 0);
+        EXPECT_EQ (pattern, GrooveGenerator::generate (expected, SectionType::fill, 4, 0)) << value;
+        EXPECT_GT (countIn (pattern, [] (const auto& hit) { return hit.velocity > 20; }), 0) << value;
     }
 }
 

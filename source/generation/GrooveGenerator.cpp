@@ -112,8 +112,15 @@ namespace
     private:
         static constexpr std::size_t mostHitsOfABar = 32; // a guess that is right for nearly every setting
 
-        /** A control moved by the section, in single precision: it is compared with thresholds. */
-        static float inSection (float value, float offset) noexcept { return std::clamp (value + offset, 0.0f, 1.0f); }
+        /** A control moved by the section, in single precision: it is compared with thresholds. A NaN becomes 0. */
+        static float inSection (float value, float offset) noexcept { return std::min (1.0f, std::max (0.0f, value + offset)); }
+
+        /** The whole part of a change of velocity. More than the widest range is as good as that, and no integer holds it. */
+        static int velocityChange (double change) noexcept
+        {
+            constexpr double widest = 256.0;
+            return static_cast<int> (std::min (widest, std::max (-widest, change)));
+        }
 
         bool isOddBar() const noexcept { return bar % 2 == 1; }
 
@@ -249,7 +256,7 @@ namespace
             const int base = candidate.stroke == Stroke::soft ? candidate.baseVelocity : feel.baseVelocity;
 
             int velocity = base + energyLift + static_cast<int> (candidate.accent * accentVelocity)
-                         + static_cast<int> (velocityOffset * static_cast<double> (settings.velocity) * humaniseVelocity);
+                         + velocityChange (velocityOffset * static_cast<double> (settings.velocity) * humaniseVelocity);
 
             if (candidate.stroke == Stroke::ghost)
                 velocity = std::min (velocity - ghostDrop, ghostCeiling);
