@@ -127,6 +127,21 @@ TEST (State, EveryValueEndsInsideItsRange)
     }
 }
 
+TEST (State, WhatIsThereTwiceIsSavedAsItIsPlayed)
+{
+    PulsewrightAudioProcessor processor;
+    restore (
+        processor,
+        framed (stateText ("seedCounter=\"7\" lock1=\"1\" seedCounter=\"9\" lock1=\"0\"", "<PARAM id=\"timing\" value=\"0.25\" value=\"0.75\"/>")));
+
+    PulsewrightAudioProcessor copy;
+    restore (copy, saved (processor));
+    EXPECT_EQ (copy.getSeedCounter(), processor.getSeedCounter());
+    EXPECT_EQ (copy.isLaneLocked (1), processor.isLaneLocked (1));
+    EXPECT_EQ (copy.getPattern(), processor.getPattern());
+    EXPECT_EQ (saved (copy), saved (processor));
+}
+
 TEST (State, AParameterThatTheStateLacksGetsItsDefault)
 {
     PulsewrightAudioProcessor processor;

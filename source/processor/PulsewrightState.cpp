@@ -138,12 +138,15 @@ void PulsewrightAudioProcessor::getStateInformation (juce::MemoryBlock& destinat
 
 void PulsewrightAudioProcessor::setStateInformation (const void* data, int size)
 {
-    const auto xml = parseState (data, size);
+    const auto parsed = parseState (data, size);
 
-    if (xml == nullptr || xml->getTagName() != stateType)
+    if (parsed == nullptr || parsed->getTagName() != stateType)
         return;
 
-    auto state = juce::ValueTree::fromXml (*xml);
+    // The parser lets an attribute stand twice; a tree then reads the first and saves the last. So what is
+    // read here is what would be saved.
+    const auto xml = juce::ValueTree::fromXml (*parsed).createXml();
+    auto state     = juce::ValueTree::fromXml (*xml);
     complete (state, parameters);
 
     ++restoresUnderway;
