@@ -142,6 +142,28 @@ TEST (State, WhatIsThereTwiceIsSavedAsItIsPlayed)
     EXPECT_EQ (saved (copy), saved (processor));
 }
 
+TEST (State, WhatIsTakenIsTakenAgainOnceItIsSaved)
+{
+    // Each is within the bounds, but not as it would be written out.
+    const std::vector<std::pair<std::string, juce::String>> crowded {
+        { "tags", stateText ("seedCounter=\"7\"", parameterElement ("swing", "0.75") + juce::String::repeatedString ("<a/>", 240)) },
+        { "quotes", stateText ("seedCounter=\"7\" later='" + juce::String::repeatedString ("\"", 300) + "'", parameterElement ("swing", "0.75")) },
+        { "bytes", stateText ("seedCounter=\"7\" later='" + juce::String::repeatedString ("a", 65000) + "'", parameterElement ("swing", "0.75")) }
+    };
+
+    for (const auto& [name, text] : crowded)
+    {
+        PulsewrightAudioProcessor processor, copy;
+        restore (processor, framed (text));
+        EXPECT_EQ (processor.getSeedCounter(), 7u) << name;
+
+        restore (copy, saved (processor));
+        EXPECT_EQ (copy.getSeedCounter(), 7u) << name;
+        EXPECT_FLOAT_EQ (copy.parameters.getRawParameterValue ("swing")->load(), 0.75f) << name;
+        EXPECT_EQ (saved (copy), saved (processor)) << name;
+    }
+}
+
 TEST (State, AParameterThatTheStateLacksGetsItsDefault)
 {
     PulsewrightAudioProcessor processor;

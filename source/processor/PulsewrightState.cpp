@@ -121,6 +121,35 @@ namespace
                                        nullptr);
         }
     }
+
+    /** Whether a state would be taken back once it is saved: writing it out takes more characters than it came with. */
+    bool comesBack (const juce::ValueTree& state)
+    {
+        constexpr std::size_t roomToGrow = 2048; // the counter, the locks, and longer numbers
+
+        const auto text = state.createXml()->toString (juce::XmlElement::TextFormat().singleLine()).toStdString();
+        return text.size() + roomToGrow <= static_cast<std::size_t> (largestState) && isSafeToParse (text);
+    }
+
+    /** The values of our own parameters alone. @param state  complete */
+    juce::ValueTree withoutStrangers (const juce::ValueTree& state, const juce::AudioProcessorValueTreeState& parameters)
+    {
+        juce::ValueTree ours (state.getType());
+
+        for (const auto* parameter : parameters.processor.getParameters())
+            if (const auto* ranged = dynamic_cast<const juce::RangedAudioParameter*> (parameter))
+            {
+                juce::var value;
+
+                for (const auto& child : state)
+                    if (child[idProperty].toString() == ranged->paramID)
+                        value = child[valueProperty]; // of several the last, as the parameter tree takes it
+
+                ours.appendChild (juce::ValueTree (parameterType, { { idProperty, ranged->paramID }, { valueProperty, value } }), nullptr);
+            }
+
+        return ours;
+    }
 } // namespace
 
 //==============================================================================
@@ -148,6 +177,9 @@ void PulsewrightAudioProcessor::setStateInformation (const void* data, int size)
     const auto xml = juce::ValueTree::fromXml (*parsed).createXml();
     auto state     = juce::ValueTree::fromXml (*xml);
     complete (state, parameters);
+
+    if (! comesBack (state))
+        state = withoutStrangers (state, parameters);
 
     ++restoresUnderway;
 
