@@ -6,6 +6,7 @@
 # the song's MIDI file: whole processes, user CPU time, medians of seven runs that take turns.
 # Usage: sample_player.sh <pulsewright-cli>
 set -eu
+export LC_ALL=C # a decimal point
 cli=$1
 font=/usr/share/sounds/sf2/TimGM6mb.sf2
 scratch=$(mktemp -d)

@@ -28,6 +28,8 @@ function (add_kernels kind)
     target_link_libraries (pulsewright_kernels INTERFACE pulsewright_kernels_${kind})
 endfunction()
 
+# SSE2 comes first: of a function that several of them hold, as a build without optimisation does of the SIMD
+# library's, the linker takes the first.
 if (MSVC)
     add_kernels (Sse2)
     add_kernels (Avx2 /arch:AVX2)

@@ -11,23 +11,27 @@
 namespace pulsewright
 {
 
+#if JUCE_LINUX || JUCE_BSD || JUCE_MAC
+
 bool makePrivateFolder (const juce::File& folder)
 {
-    folder.createDirectory();
+    const auto path = folder.getFullPathName();
+    mkdir (path.toRawUTF8(), S_IRWXU); // if it is there, or cannot be made, that shows below
 
-#if JUCE_LINUX || JUCE_BSD || JUCE_MAC
     struct stat info
     {};
-    const auto path               = folder.getFullPathName();
     constexpr auto othersMayWrite = S_IWGRP | S_IWOTH;
 
-    if (lstat (path.toRawUTF8(), &info) != 0 || ! S_ISDIR (info.st_mode) || info.st_uid != geteuid())
-        return false;
-
-    return (info.st_mode & othersMayWrite) == 0 || chmod (path.toRawUTF8(), S_IRWXU) == 0;
-#else
-    return folder.isDirectory();
-#endif
+    return lstat (path.toRawUTF8(), &info) == 0 && S_ISDIR (info.st_mode) && info.st_uid == geteuid() && (info.st_mode & othersMayWrite) == 0;
 }
+
+#else
+
+bool makePrivateFolder (const juce::File& folder)
+{
+    return folder.createDirectory().wasOk();
+}
+
+#endif
 
 } // namespace pulsewright

@@ -113,10 +113,7 @@ namespace
         static constexpr std::size_t mostHitsOfABar = 32; // a guess that is right for nearly every setting
 
         /** A control moved by the section, in single precision: it is compared with thresholds. A NaN counts as 0. */
-        static float inSection (float value, float offset) noexcept
-        {
-            return std::clamp ((std::isnan (value) ? 0.0f : value) + offset, 0.0f, 1.0f);
-        }
+        static float inSection (float value, float offset) noexcept { return std::clamp ((std::isnan (value) ? 0.0f : value) + offset, 0.0f, 1.0f); }
 
         /** The whole part of a change of velocity. More than the widest range is as good as that, and no integer holds it. */
         static int velocityChange (double change) noexcept

@@ -36,7 +36,8 @@ namespace
         for every entity, and forgives much that is not XML, so its reading is not guessed at: these
         bounds hold whatever it makes of the text. (Of entities it also searches the whole rest of the text
         for the end.) A state that was saved is plain ASCII, has one header
-        and no markup in its values; one that was cut short does not end with a tag.
+        and no markup in its values; one that was cut short does not end with a tag. An attribute in base64,
+        which the tree takes for binary, says itself how much memory it wants; ours has none.
     */
     bool isSafeToParse (std::string_view text)
     {
@@ -46,7 +47,8 @@ namespace
         const bool isWhole  = lastChar != text.npos && text[lastChar] == '>';
 
         return isPlain && isWhole && std::count (text.begin(), text.end(), '<') <= mostMarks
-            && std::count (text.begin(), text.end(), '&') <= mostMarks && text.find ("<!") == text.npos && text.find ("<?", 1) == text.npos;
+            && std::count (text.begin(), text.end(), '&') <= mostMarks && text.find ("<!") == text.npos && text.find ("<?", 1) == text.npos
+            && text.find ("base64:") == text.npos;
     }
 
     std::unique_ptr<juce::XmlElement> parseState (const void* data, int size)

@@ -105,10 +105,11 @@ private:
         const auto r        = ((x - k * Floats (first)) - k * Floats (second)) - k * Floats (third);
 
         // Abramowitz and Stegun, Handbook of Mathematical Functions, 4.3.97.
+        constexpr float coefficients[] { 0.0000027526f, -0.0001984090f, 0.0083333315f, -0.1666666664f };
         const auto square = r * r;
         auto series       = Floats (-0.0000000239f);
-        for (const float coefficient : { 0.0000027526f, -0.0001984090f, 0.0083333315f, -0.1666666664f })
-            series = series * square + Floats (coefficient);
+        for (int i = 0; i < 4; ++i)
+            series = series * square + Floats (coefficients[i]);
 
         const auto value = r + r * square * series;
         return xsimd::bitwise_cast<Floats> (xsimd::bitwise_cast<xsimd::batch<std::int32_t, Architecture>> (value) ^ (multiple << 31));
