@@ -212,6 +212,17 @@ TEST_F (Window, KnobsTurnAndTakeNumbers)
     press ("Return");
     EXPECT_FLOAT_EQ (values.settingsValues()[0], 0.33f);
 
+    EXPECT_TRUE (comesTrue ([this] { return processor.getChangeCounter() == 2; }));
+
+    // A probability waits for the next generation.
+    pointAt ("Kick probability");
+    pressButton();
+    run ("xdotool mousemove_relative -- -20 0 mousemove_relative -- -10 0");
+    releaseButton();
+    EXPECT_LT (values.settingsValues()[8], 1.0f);
+    runFor (300);
+    EXPECT_EQ (processor.getChangeCounter(), 2u);
+
     doubleClick ("swing");
     EXPECT_FLOAT_EQ (values.settingsValues()[3], 0.25f) << "a double click";
 }
