@@ -34,7 +34,7 @@ struct DecayCurve
 class KitTables
 {
 public:
-    /** @param sampleRate  in hertz; below 1 counts as 1, as does what is no number. Takes some 50 microseconds. */
+    /** @param sampleRate  in hertz; below 1 counts as 1, as does what is no number. Not for the audio thread. */
     explicit KitTables (double sampleRate);
 
     double secondsPerSample() const noexcept { return sampleInterval; }

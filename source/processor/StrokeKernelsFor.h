@@ -9,6 +9,7 @@
 
 #include "StrokeKernels.h"
 
+#include <numbers>
 #include <xsimd/xsimd.hpp>
 
 namespace pulsewright
@@ -23,6 +24,8 @@ public:
 private:
     using Floats  = xsimd::batch<float, Architecture>;
     using Scratch = float[cellSize + cellPadding];
+
+    static constexpr double twoPi = 2.0 * std::numbers::pi;
 
     static constexpr int width = static_cast<int> (Floats::size);
     static_assert (width <= cellPadding && cellSize % width == 0);
@@ -95,12 +98,11 @@ private:
     {
         // Down to a quarter turn either way of the nearest multiple of pi, which is taken off in parts that
         // leave exact products.
-        constexpr double pi    = 3.14159265358979323846;
         constexpr float first  = 3.140625f;
         constexpr float second = 0.0009670257568359375f;
-        constexpr auto third   = static_cast<float> (pi - static_cast<double> (first) - static_cast<double> (second));
+        constexpr auto third   = static_cast<float> (std::numbers::pi - static_cast<double> (first) - static_cast<double> (second));
 
-        const auto multiple = xsimd::to_int (x * Floats (static_cast<float> (1.0 / pi)) + Floats (0.5f));
+        const auto multiple = xsimd::to_int (x * Floats (static_cast<float> (1.0 / std::numbers::pi)) + Floats (0.5f));
         const auto k        = xsimd::to_float (multiple);
         const auto r        = ((x - k * Floats (first)) - k * Floats (second)) - k * Floats (third);
 
@@ -130,7 +132,6 @@ private:
             case DrumSound::Source::sweptSine:
             {
                 alignas (64) double increments[cellSize + cellPadding];
-                constexpr double twoPi = 2.0 * 3.14159265358979323846;
 
                 for (int k = 0; k < paddedTo (numSamples, cellPadding); ++k)
                     increments[k] = twoPi * (sound.frequency + sound.sweepDepth * (piece.sweep * piece.sweepPowers[k])) * piece.secondsPerSample;
@@ -152,7 +153,7 @@ private:
             case DrumSound::Source::noiseAndSine:
             {
                 alignas (64) Scratch noise;
-                const double increment = 2.0 * 3.14159265358979323846 * sound.frequency * piece.secondsPerSample;
+                const double increment = twoPi * sound.frequency * piece.secondsPerSample;
                 fillNoise (state.noiseState, noise, numSamples);
                 fillPhases (state.phase, signal, numSamples, [=] (int) { return increment; });
 
