@@ -109,7 +109,8 @@ TEST (State, EveryValueEndsInsideItsRange)
 {
     // clang-format off
     const std::vector<std::pair<juce::String, float>> densities {
-        { "0.25", 0.25f }, { "1.7", 1.0f }, { "-3", 0.0f }, { "nan", 0.0f }, { "loud", 0.0f }, { "", 0.0f }, { "1e999", 1.0f }, { "-inf", 0.0f } };
+        { "0.25", 0.25f }, { "1.7", 1.0f }, { "-3", 0.0f }, { "nan", 0.0f }, { "loud", 0.0f }, { "", 0.0f }, { "1e999", 1.0f }, { "-inf", 0.0f },
+        { "1e2999999999", 1.0f }, { "1e-2999999999", 0.0f }, { "3e-0000000001", 0.3f }, { "2.5E-1 e2999999999", 0.25f } };
     // clang-format on
 
     for (const auto& [text, expected] : densities)

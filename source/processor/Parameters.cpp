@@ -74,9 +74,23 @@ juce::String percentText (float value)
     return juce::String (juce::roundToInt (value * 100.0f));
 }
 
+double numberFrom (const juce::String& text)
+{
+    const int exponent = text.indexOfAnyOf ("eE");
+
+    if (exponent < 0)
+        return text.getDoubleValue();
+
+    const auto afterMark = text.substring (exponent + 1);
+    const int signLength = afterMark.startsWithChar ('-') || afterMark.startsWithChar ('+') ? 1 : 0;
+    const auto digits    = afterMark.substring (signLength).trimCharactersAtStart ("0");
+
+    return (text.substring (0, exponent + 1 + signLength) + "0" + digits.substring (0, 6)).getDoubleValue();
+}
+
 float percentValue (const juce::String& text)
 {
-    const auto value = static_cast<float> (text.getDoubleValue() / 100.0);
+    const auto value = static_cast<float> (numberFrom (text) / 100.0);
     return std::isnan (value) ? 0.0f : value;
 }
 

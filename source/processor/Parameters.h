@@ -52,6 +52,11 @@ inline constexpr std::size_t numMacros = 8;
 /** The parameters in the order in which hosts list them. */
 juce::AudioProcessorValueTreeState::ParameterLayout createLayout();
 
+/** The number that a text begins with, as JUCE reads it: 0 where there is none, infinite or not a number where
+    it says so. JUCE adds up an exponent's digits in an int; six of them decide everything.
+*/
+double numberFrom (const juce::String& text);
+
 /** How a percentage is shown and typed everywhere: 0.48 as "48". Halves go to the even integer.
     Text that is no number is 0.
 */

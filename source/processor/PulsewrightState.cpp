@@ -93,7 +93,7 @@ namespace
     /** A stored value as a number inside the parameter's range; text that is no number counts as 0. */
     double safeValue (const juce::String& stored, const juce::NormalisableRange<float>& range)
     {
-        const auto value = stored.getDoubleValue();
+        const auto value = numberFrom (stored);
 
         return juce::jlimit (static_cast<double> (range.start), static_cast<double> (range.end), std::isnan (value) ? 0.0 : value);
     }
