@@ -32,6 +32,7 @@ target_sources (Pulsewright PRIVATE
     source/processor/PercentRange.h
     source/processor/PulsewrightAudioProcessor.cpp
     source/processor/PulsewrightAudioProcessor.h
+    source/processor/PulsewrightBlock.cpp
     source/processor/PulsewrightState.cpp
     source/processor/StrokeKernels.cpp
     source/processor/StrokeKernels.h

@@ -151,6 +151,8 @@ private:
     static constexpr int noSection            = -1;
     static constexpr std::int32_t openingBars = 2; ///< of the verse that a new or restored instance opens with
 
+    static constexpr std::size_t reservedMidiBytes = 1 << 16; ///< for the events of a dense block, so that no block allocates
+
     // Under the data lock.
     void refreshSettings();
     void takeNextSalt();
