@@ -4,7 +4,7 @@
 // Whatever a project hands back as a state: the plug-in is whole afterwards, and what it then saves brings it back.
 
 #include "MusicChecks.h"
-#include "StateBytes.h"
+#include "StateInputs.h"
 
 #include "processor/PulsewrightAudioProcessor.h"
 
@@ -29,87 +29,6 @@ namespace
     {
         static Plugin instance;
         return instance;
-    }
-
-    //==============================================================================
-    /** ASCII; JUCE's strings may not be given anything that is not text. */
-    juce::String anyText (FuzzedDataProvider& input)
-    {
-        juce::String text;
-        for (const auto byte : input.ConsumeRandomLengthString (12))
-            text << juce::String::charToString (static_cast<juce::juce_wchar> (byte & 0x7F));
-
-        return text;
-    }
-
-    juce::MemoryBlock framedBytes (const std::string& bytes)
-    {
-        auto state = framed (juce::String::repeatedString (" ", static_cast<int> (bytes.size())));
-        state.copyFrom (bytes.data(), 8, bytes.size()); // behind the header
-        return state;
-    }
-
-    /** A well-formed state with any texts for values: numbers, nearly numbers, what is missing or there twice. */
-    juce::MemoryBlock anyState (FuzzedDataProvider& input)
-    {
-        static constexpr const char* usual[] {
-            "0", "1", "0.48", "-0", "99", "nan", "-nan", "inf", "1e999", "1e-999", "0x1p4", "", " 3", "4294967298"
-        };
-
-        const auto anyValue = [&input] { return input.ConsumeBool() ? juce::String (input.PickValueInArray (usual)) : anyText (input); };
-        const auto escaped  = [] (const juce::String& text) { return text.replace ("&", "&amp;").replace ("<", "&lt;").replace ("\"", "&quot;"); };
-
-        juce::String attributes, children;
-
-        for (const auto* name : { "seedCounter", "lock0", "lock1", "lock2", "lock3", "later" })
-            if (input.ConsumeBool())
-                attributes << name << "=\"" << escaped (anyValue()) << "\" ";
-
-        for (auto* parameter : plugin().processor.getParameters())
-            for (int times = input.ConsumeIntegralInRange (0, 2); times > 0; --times)
-                if (const auto* ranged = dynamic_cast<juce::RangedAudioParameter*> (parameter))
-                    children << parameterElement (ranged->paramID.toRawUTF8(), escaped (anyValue()));
-
-        return framed (stateText (attributes, children));
-    }
-
-    /** A state that was saved, with bytes changed, taken out and put in. */
-    juce::MemoryBlock damagedState (FuzzedDataProvider& input)
-    {
-        auto state = plugin().opening;
-
-        while (input.remaining_bytes() > 0 && state.getSize() > 0)
-        {
-            const auto place = input.ConsumeIntegralInRange<std::size_t> (0, state.getSize() - 1);
-
-            switch (input.ConsumeIntegralInRange (0, 2))
-            {
-                case 0: state[place] = input.ConsumeIntegral<char>(); break;
-                case 1: state.removeSection (place, input.ConsumeIntegralInRange<std::size_t> (1, 40)); break;
-                default:
-                {
-                    const auto text = input.ConsumeRandomLengthString (40);
-                    state.insert (text.data(), text.size(), place);
-                }
-            }
-        }
-
-        return state;
-    }
-
-    juce::MemoryBlock anyBytes (FuzzedDataProvider& input)
-    {
-        switch (input.ConsumeIntegralInRange (0, 3))
-        {
-            case 0: return anyState (input);
-            case 1: return damagedState (input);
-            case 2: return framedBytes (input.ConsumeRemainingBytesAsString());
-            default:
-            {
-                const auto bytes = input.ConsumeRemainingBytes<char>();
-                return { bytes.data(), bytes.size() };
-            }
-        }
     }
 
     //==============================================================================
@@ -167,7 +86,7 @@ namespace
         restore (processor, opening); // so that an input does the same whatever came before it
 
         const auto restores = processor.getRestoreCount();
-        restore (processor, anyBytes (input));
+        restore (processor, anyBytes (input, processor, opening));
         checkParameters (processor);
         checkMusic (processor);
 

@@ -108,23 +108,6 @@ namespace
         midi.addEvent (juce::MidiMessage::noteOn (1, 60 + slot, 0.8f), 0);
         return midi;
     }
-
-    /** A host's save with these bytes in the place of the plug-in's own. */
-    juce::MemoryBlock hostStateWith (juce::MemoryBlock pluginBytes)
-    {
-        // The wrapper's own trailer, well-formed and empty: eight zero bytes, its length, its name.
-        juce::MemoryOutputStream trailer;
-        trailer.writeInt64 (0);
-        trailer.writeInt64 (0);
-        trailer.write ("JUCEPrivateData", 15);
-        pluginBytes.append (trailer.getData(), trailer.getDataSize());
-
-        juce::XmlElement xml ("VST3PluginState");
-        xml.createNewChildElement ("IComponent")->addTextElement (pluginBytes.toBase64Encoding());
-        juce::MemoryBlock state;
-        juce::AudioProcessor::copyXmlToBinary (xml, state);
-        return state;
-    }
 } // namespace
 
 TEST (Bundle, ShowsTheParametersInOrder)

@@ -35,6 +35,39 @@ inline juce::MemoryBlock framed (const juce::String& text)
     return stream.getMemoryBlock();
 }
 
+/** A host's save with these bytes in the place of the plug-in's own. */
+inline juce::MemoryBlock hostStateWith (juce::MemoryBlock pluginBytes)
+{
+    // The wrapper's own trailer, well-formed and empty: eight zero bytes, its length, its name.
+    juce::MemoryOutputStream trailer;
+    trailer.writeInt64 (0);
+    trailer.writeInt64 (0);
+    trailer.write ("JUCEPrivateData", 15);
+    pluginBytes.append (trailer.getData(), trailer.getDataSize());
+
+    juce::XmlElement xml ("VST3PluginState");
+    xml.createNewChildElement ("IComponent")->addTextElement (pluginBytes.toBase64Encoding());
+    juce::MemoryBlock state;
+    juce::AudioProcessor::copyXmlToBinary (xml, state);
+    return state;
+}
+
+/** The plug-in's own bytes out of a host's save, without the wrapper's trailer. */
+inline juce::MemoryBlock pluginStateIn (const juce::MemoryBlock& hostState)
+{
+    juce::MemoryBlock bytes;
+
+    if (const auto xml = juce::AudioProcessor::getXmlFromBinary (hostState.getData(), static_cast<int> (hostState.getSize())))
+        bytes.fromBase64Encoding (xml->getChildElementAllSubText ("IComponent", {}));
+
+    // The trailer ends with the length of what the wrapper keeps and its name; eight zero bytes stand before it all.
+    constexpr std::size_t nameLength = 15, numberLength = 8;
+    juce::int64 kept = 0;
+    bytes.copyTo (&kept, static_cast<int> (bytes.getSize() - nameLength - numberLength), numberLength);
+    bytes.setSize (bytes.getSize() - nameLength - 2 * numberLength - static_cast<std::size_t> (juce::ByteOrder::swapIfBigEndian (kept)));
+    return bytes;
+}
+
 inline juce::String parameterElement (const char* id, const juce::String& value)
 {
     return "<PARAM id=\"" + juce::String (id) + "\" value=\"" + value + "\"/>";
