@@ -3,6 +3,8 @@
 
 # The plug-in. Its static library holds JUCE, compiled once; the wrappers, the tools and the tests link it.
 
+set (PULSEWRIGHT_LV2_URI "urn:tolm:pulsewright") # what hosts know the LV2 by; it never changes
+
 juce_add_plugin (Pulsewright
     PRODUCT_NAME "Pulsewright"
     PLUGIN_NAME "Pulsewright"
@@ -11,7 +13,8 @@ juce_add_plugin (Pulsewright
     BUNDLE_ID "com.tolm.pulsewright"
     PLUGIN_MANUFACTURER_CODE Tolm
     PLUGIN_CODE Pwr1
-    FORMATS VST3 Standalone
+    FORMATS VST3 LV2 Standalone
+    LV2URI "${PULSEWRIGHT_LV2_URI}"
     VST3_CATEGORIES Instrument Synth
     IS_SYNTH TRUE
     NEEDS_MIDI_INPUT TRUE
@@ -27,6 +30,7 @@ target_sources (Pulsewright PRIVATE
     source/processor/DrumVoice.h
     source/processor/KitTables.cpp
     source/processor/KitTables.h
+    source/processor/Lv2Transport.h
     source/processor/Parameters.cpp
     source/processor/Parameters.h
     source/processor/PercentRange.h
@@ -62,8 +66,15 @@ target_sources (Pulsewright PRIVATE
     source/editor/X11Messages.cpp
     source/editor/X11Messages.h)
 
+# Debian's JUCE takes the plug-in's name for a URI where the wrappers do not see one in time.
+target_compile_definitions (Pulsewright INTERFACE JucePlugin_LV2URI="${PULSEWRIGHT_LV2_URI}")
+
+target_sources (Pulsewright_Standalone PRIVATE source/standalone/StandaloneApp.cpp)
+target_compile_definitions (Pulsewright_Standalone PRIVATE JUCE_USE_CUSTOM_PLUGIN_STANDALONE_APP=1)
+
 # Warnings are for our files alone: the same target also compiles JUCE's modules.
 get_target_property (pulsewright_sources Pulsewright SOURCES)
+list (APPEND pulsewright_sources source/standalone/StandaloneApp.cpp)
 list (FILTER pulsewright_sources INCLUDE REGEX "^(source/|${CMAKE_CURRENT_SOURCE_DIR}/source/).*\\.cpp$")
 set_source_files_properties (${pulsewright_sources} PROPERTIES
     COMPILE_OPTIONS "$<TARGET_PROPERTY:pulsewright_warnings,INTERFACE_COMPILE_OPTIONS>")
@@ -100,3 +111,4 @@ target_compile_definitions (pulsewright_plugin INTERFACE
     $<TARGET_PROPERTY:Pulsewright,COMPILE_DEFINITIONS>)
 
 set (PULSEWRIGHT_BUNDLE "$<TARGET_FILE_DIR:Pulsewright_VST3>/../..")
+set (PULSEWRIGHT_LV2_BUNDLE "$<TARGET_FILE_DIR:Pulsewright_LV2>")

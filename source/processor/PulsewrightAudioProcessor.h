@@ -6,6 +6,7 @@
 #pragma once
 
 #include "DrumSynth.h"
+#include "Lv2Transport.h"
 #include "Parameters.h"
 #include "PlaybackData.h"
 #include "PlaybackEngine.h"
@@ -147,6 +148,8 @@ public:
     juce::AudioProcessorValueTreeState parameters;
 
 private:
+    using HostPosition = juce::Optional<juce::AudioPlayHead::PositionInfo>;
+
     static constexpr const char* stateType    = "PulsewrightState";
     static constexpr int noSection            = -1;
     static constexpr std::int32_t openingBars = 2; ///< of the verse that a new or restored instance opens with
@@ -175,9 +178,10 @@ private:
     template <typename Sample>
     void render (juce::AudioBuffer<Sample>& buffer, juce::MidiBuffer& midi);
     void filterIncoming (const juce::MidiBuffer& incoming);
-    void addEvents (const PlaybackSnapshot& snapshot, int numSamples);
+    HostPosition readHostPosition (int numSamples) noexcept;
+    void addEvents (const PlaybackSnapshot& snapshot, const HostPosition& position, int numSamples);
     void addPreviewEvents (const PlaybackSnapshot& snapshot, PreviewTransport::Block block, int numSamples);
-    void addHostEvents (const PlaybackSnapshot& snapshot, int numSamples);
+    void addHostEvents (const PlaybackSnapshot& snapshot, const HostPosition& position, int numSamples);
     const PlaybackData* sourceOf (const PlaybackSnapshot& snapshot, bool fullSong) const noexcept;
 
     const ParameterReader values; // any thread
@@ -203,6 +207,7 @@ private:
 
     // audio thread only
     double sampleRate = 44100.0;
+    Lv2Transport lv2Transport;
     TransportContinuity continuity;
     juce::MidiBuffer outgoing;
     DrumSynth synth;

@@ -70,12 +70,13 @@ void PulsewrightAudioProcessor::render (juce::AudioBuffer<Sample>& buffer, juce:
     buffer.clear();
 
     filterIncoming (midi);
+    const auto position = readHostPosition (buffer.getNumSamples());
 
     {
         const auto reading = snapshots.read();
 
         if (const auto* snapshot = reading.get())
-            addEvents (*snapshot, buffer.getNumSamples());
+            addEvents (*snapshot, position, buffer.getNumSamples());
     }
 
     midi.swapWith (outgoing);
@@ -99,7 +100,15 @@ void PulsewrightAudioProcessor::filterIncoming (const juce::MidiBuffer& incoming
         pendingSection = trigger;
 }
 
-void PulsewrightAudioProcessor::addEvents (const PlaybackSnapshot& snapshot, int numSamples)
+PulsewrightAudioProcessor::HostPosition PulsewrightAudioProcessor::readHostPosition (int numSamples) noexcept
+{
+    auto* hostPlayHead  = getPlayHead();
+    const auto position = hostPlayHead != nullptr ? hostPlayHead->getPosition() : HostPosition {};
+
+    return wrapperType == wrapperType_LV2 ? lv2Transport.follow (position, numSamples, sampleRate) : position;
+}
+
+void PulsewrightAudioProcessor::addEvents (const PlaybackSnapshot& snapshot, const HostPosition& position, int numSamples)
 {
     const auto block = preview.beginBlock();
 
@@ -110,7 +119,7 @@ void PulsewrightAudioProcessor::addEvents (const PlaybackSnapshot& snapshot, int
     }
     else
     {
-        addHostEvents (snapshot, numSamples);
+        addHostEvents (snapshot, position, numSamples);
     }
 }
 
@@ -147,11 +156,9 @@ void PulsewrightAudioProcessor::addPreviewEvents (const PlaybackSnapshot& snapsh
         preview.moveTo (window.end);
 }
 
-void PulsewrightAudioProcessor::addHostEvents (const PlaybackSnapshot& snapshot, int numSamples)
+void PulsewrightAudioProcessor::addHostEvents (const PlaybackSnapshot& snapshot, const HostPosition& position, int numSamples)
 {
-    auto* hostPlayHead  = getPlayHead();
-    const auto position = hostPlayHead != nullptr ? hostPlayHead->getPosition() : juce::Optional<juce::AudioPlayHead::PositionInfo> {};
-    const auto ppq      = position.hasValue() && position->getIsPlaying() ? position->getPpqPosition() : juce::Optional<double> {};
+    const auto ppq = position.hasValue() && position->getIsPlaying() ? position->getPpqPosition() : juce::Optional<double> {};
 
     if (! ppq.hasValue())
         return continuity.breakOff();

@@ -2,9 +2,9 @@
 -- SPDX-License-Identifier: AGPL-3.0-only
 
 -- Makes a session with the plug-in on a MIDI track, exports eight bars and rolls the transport.
--- Arguments: the plug-in's id, the session's folder, the export's folder, the id of the export preset.
+-- Arguments: VST3 or LV2, the plug-in's id, the session's folder, the export's folder, the id of the export preset.
 
-local plugin_id, session_folder, export_folder, preset = arg[1], arg[2], arg[3], arg[4]
+local plugin_type, plugin_id, session_folder, export_folder, preset = arg[1], arg[2], arg[3], arg[4], arg[5]
 local sample_rate, bpm, bars = 48000, 90, 8
 
 local function expect (what, ok, seen)
@@ -18,8 +18,8 @@ local session = create_session (session_folder, "groove", sample_rate)
 expect ("a new session", session, session)
 
 -- Only now: Ardour reads its list of plug-ins when the engine starts, with the session.
-local info = ARDOUR.LuaAPI.new_plugin_info (plugin_id, ARDOUR.PluginType.VST3)
-expect ("the plug-in among Ardour's VST3 plug-ins", not info:isnil (), "no such id")
+local info = ARDOUR.LuaAPI.new_plugin_info (plugin_id, ARDOUR.PluginType[plugin_type])
+expect ("the plug-in among Ardour's", not info:isnil (), "no such id")
 
 local tempo_map = Temporal.TempoMap.fetch_writable ()
 tempo_map:set_tempo (Temporal.Tempo (bpm, bpm, 4), Temporal.timepos_t (0))

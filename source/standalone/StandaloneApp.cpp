@@ -1,0 +1,126 @@
+// SPDX-FileCopyrightText: 2026 Tolm
+// SPDX-License-Identifier: AGPL-3.0-only
+
+// The app around the plug-in: JUCE's window, audio device and MIDI ports, and the manners of a program that is
+// started from a shell.
+
+#include <juce_audio_plugin_client/juce_audio_plugin_client.h>
+#include <juce_audio_utils/juce_audio_utils.h>
+
+#include <juce_audio_plugin_client/Standalone/juce_StandaloneFilterWindow.h>
+#include <juce_audio_plugin_client/detail/juce_CheckSettingMacros.h>
+
+#include <cstdio>
+
+#if JUCE_LINUX
+#include <alsa/asoundlib.h>
+#endif
+
+namespace pulsewright
+{
+
+namespace
+{
+    constexpr const char* usage = "usage: pulsewright [--help | --version]\n"
+                                  "\n"
+                                  "Opens the window of Pulsewright, a genre-aware drum song generator, without a host.\n"
+                                  "pulsewright-cli makes the same music without a window.\n";
+
+    juce::PropertiesFile::Options settingsFile()
+    {
+        juce::PropertiesFile::Options options;
+        options.applicationName     = JucePlugin_Name;
+        options.filenameSuffix      = ".settings";
+        options.osxLibrarySubFolder = "Application Support";
+#if JUCE_LINUX || JUCE_BSD
+        options.folderName = "~/.config";
+#endif
+        return options;
+    }
+
+#if JUCE_LINUX
+    void ignoreAlsaError (const char*, int, const char*, int, const char*, ...)
+    {}
+#endif
+} // namespace
+
+class StandaloneApp final : public juce::JUCEApplication
+{
+public:
+    StandaloneApp() { settings.setStorageParameters (settingsFile()); }
+
+    const juce::String getApplicationName() override { return JucePlugin_Name; }
+    const juce::String getApplicationVersion() override { return JucePlugin_VersionString; }
+    bool moreThanOneInstanceAllowed() override { return true; }
+
+    void initialise (const juce::String&) override
+    {
+        const auto arguments = getCommandLineParameterArray();
+
+        if (arguments.size() == 1 && arguments[0] == "--version")
+            return leave (stdout, "Pulsewright " JucePlugin_VersionString "\n", 0);
+
+        if (arguments.size() == 1 && (arguments[0] == "--help" || arguments[0] == "-h"))
+            return leave (stdout, usage, 0);
+
+        if (! arguments.isEmpty())
+            return leave (stderr, usage, 2);
+
+        if (juce::Desktop::getInstance().getDisplays().displays.isEmpty())
+            return leave (stderr, "pulsewright: There is no display to open a window on.\n", 1);
+
+#if JUCE_LINUX
+        // A machine without a sound card is told so in the window, not line by line in the shell.
+        snd_lib_error_set_handler (ignoreAlsaError);
+#endif
+
+        window = std::make_unique<juce::StandaloneFilterWindow> (
+            getApplicationName(),
+            juce::LookAndFeel::getDefaultLookAndFeel().findColour (juce::ResizableWindow::backgroundColourId),
+            std::make_unique<juce::StandalonePluginHolder> (settings.getUserSettings(), false));
+        window->setVisible (true);
+    }
+
+    void shutdown() override
+    {
+        window.reset();
+        settings.saveIfNeeded();
+    }
+
+    void systemRequestedQuit() override
+    {
+        if (window != nullptr)
+            window->pluginHolder->savePluginState();
+
+        // An open box or dialog closes first; what waits for its answer may still use the window.
+        if (juce::ModalComponentManager::getInstance()->cancelAllModalComponents())
+            juce::Timer::callAfterDelay (100,
+                                         []
+                                         {
+                                             if (auto* app = getInstance())
+                                                 app->systemRequestedQuit();
+                                         });
+        else
+            quit();
+    }
+
+private:
+    void leave (std::FILE* stream, const char* text, int status)
+    {
+        std::fputs (text, stream);
+        setApplicationReturnValue (status);
+        quit();
+    }
+
+    juce::ApplicationProperties settings;
+    std::unique_ptr<juce::StandaloneFilterWindow> window;
+};
+
+} // namespace pulsewright
+
+juce::JUCEApplicationBase* juce_CreateApplication();
+
+juce::JUCEApplicationBase* juce_CreateApplication()
+{
+    return new pulsewright::StandaloneApp();
+}
