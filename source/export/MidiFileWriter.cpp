@@ -79,7 +79,7 @@ namespace
     {
         std::uint32_t tick;
         std::uint8_t status, data1, data2;
-        std::uint8_t isNoteOff;
+        bool isNoteOff;
     };
 
     bool isWrittenBefore (const ChannelEvent& a, const ChannelEvent& b) noexcept
@@ -107,8 +107,8 @@ namespace
             const auto note      = static_cast<std::uint8_t> (hit.note & 0xFFu);
             const auto velocity  = static_cast<std::uint8_t> (hit.velocity & 0xFFu);
 
-            events.push_back ({ startTick, noteOnChannel10, note, velocity, 0 });
-            events.push_back ({ endTick, noteOffChannel10, note, 0, 1 });
+            events.push_back ({ startTick, noteOnChannel10, note, velocity, false });
+            events.push_back ({ endTick, noteOffChannel10, note, 0, true });
         }
 
         // Stable, so that a file's bytes do not depend on the standard library.

@@ -15,7 +15,7 @@ namespace pulsewright
 
 bool makePrivateFolder (const juce::File& folder)
 {
-    const auto path = folder.getFullPathName();
+    const auto& path = folder.getFullPathName();
     mkdir (path.toRawUTF8(), S_IRWXU); // if it is there, or cannot be made, that shows below
 
     struct stat info

@@ -110,8 +110,8 @@ private:
         constexpr float coefficients[] { 0.0000027526f, -0.0001984090f, 0.0083333315f, -0.1666666664f };
         const auto square = r * r;
         auto series       = Floats (-0.0000000239f);
-        for (int i = 0; i < 4; ++i)
-            series = series * square + Floats (coefficients[i]);
+        for (const float coefficient : coefficients)
+            series = series * square + Floats (coefficient);
 
         const auto value = r + r * square * series;
         return xsimd::bitwise_cast<Floats> (xsimd::bitwise_cast<xsimd::batch<std::int32_t, Architecture>> (value) ^ (multiple << 31));
