@@ -44,14 +44,14 @@ namespace
         song.tempo = input.ConsumeIntegral<std::int32_t>();
         song.name  = input.ConsumeRandomLengthString (input.ConsumeBool() ? 40 : 40000);
 
-        const bool isPlain = input.ConsumeBool();
+        const auto most = input.ConsumeBool() ? 0x7Fu : 0x1FFu;
 
         while (input.remaining_bytes() > 0)
         {
             const auto start    = anyBeat (input);
             const auto length   = anyBeat (input);
-            const auto note     = input.ConsumeIntegralInRange (0u, isPlain ? 127u : 0x1FFu);
-            const auto velocity = input.ConsumeIntegralInRange (0u, isPlain ? 127u : 0x1FFu);
+            const auto note     = input.ConsumeIntegralInRange (0u, most);
+            const auto velocity = input.ConsumeIntegralInRange (0u, most);
             song.hits.push_back ({ .start = start, .length = length, .note = note, .velocity = velocity });
         }
 

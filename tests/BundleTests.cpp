@@ -78,7 +78,7 @@ namespace
                 if (music != nullptr)
                 {
                     auto events = plainEventsOf (*music, repeat, windowAt (start, tempo, rate, size));
-                    std::stable_sort (events.begin(), events.end(), [] (auto& a, auto& b) { return a.sampleOffset < b.sampleOffset; });
+                    std::stable_sort (events.begin(), events.end(), [] (const auto& a, const auto& b) { return a.sampleOffset < b.sampleOffset; });
 
                     for (const auto& event : events)
                         expected.push_back ({ total + event.sampleOffset, event.status, event.note, event.velocity });

@@ -77,7 +77,7 @@ namespace
 
     fs::path scratch()
     {
-        const auto folder = fs::path (testing::TempDir()) / ("pulsewright-cli-" + std::to_string (getpid()));
+        auto folder = fs::path (testing::TempDir()) / ("pulsewright-cli-" + std::to_string (getpid()));
         fs::create_directories (folder);
         return folder;
     }
@@ -134,7 +134,7 @@ TEST (Cli, GivesTheReferencePatterns)
                                                              { "hats", "hats-probability" },
                                                              { "perc", "percussion-probability" } };
         for (const auto& [key, value] : c.at ("settings").items())
-            arguments += " --" + (longNames.count (key) != 0 ? longNames.at (key) : key) + " " + value.dump();
+            arguments += " --" + (longNames.contains (key) ? longNames.at (key) : key) + " " + value.dump();
 
         SCOPED_TRACE (arguments);
         reference::expectPattern (patternFrom (jsonFrom (arguments)), c.at ("pattern"));

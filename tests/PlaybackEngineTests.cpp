@@ -319,7 +319,7 @@ TEST (PreviewTransport, ANewStartIsNotMovedByTheBlockInFlight)
     EXPECT_TRUE (preview.isPlaying());
     EXPECT_EQ (preview.beginBlock().position, 0.0);
 
-    block = preview.beginBlock();
+    preview.beginBlock();
     preview.stop();
     preview.start (true);
     preview.moveTo (5.0);

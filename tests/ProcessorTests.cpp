@@ -317,9 +317,11 @@ TEST (Processor, TriggersChooseTheSection)
     processor.selectSection (1);
     EXPECT_EQ (player.notesFrom (0.0), slot (1));
 
-    for (const auto& change : std::vector<std::function<void()>> { [&] { processor.mutatePattern(); },
-                                                                   [&] { processor.generatePattern (SectionType::fill); },
-                                                                   [&] { processor.buildSong(); } })
+    const std::vector<std::function<void()>> changes { [&] { processor.mutatePattern(); },
+                                                       [&] { processor.generatePattern (SectionType::fill); },
+                                                       [&] { processor.buildSong(); } };
+
+    for (const auto& change : changes)
     {
         player.notesFrom (0.0, 120.0, { trigger (7) });
         change();

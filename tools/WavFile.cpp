@@ -23,7 +23,7 @@ WavFile::WavFile (const std::string& path, double sampleRate)
     good = writer != nullptr;
 
     if (good)
-        file.release();
+        static_cast<void> (file.release()); // the writer's now
 }
 
 void WavFile::append (const juce::AudioBuffer<float>& buffer)

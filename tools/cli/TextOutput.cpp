@@ -44,7 +44,7 @@ namespace
     /** One character a sixteenth, the loudest hit of each. */
     std::string laneLine (const DrumPattern& pattern, DrumLane lane)
     {
-        const auto columns = static_cast<std::size_t> (pattern.bars * columnsPerBar);
+        const auto columns = static_cast<std::size_t> (pattern.bars) * columnsPerBar;
         std::vector<std::uint32_t> loudest (columns, 0);
 
         for (const auto& hit : pattern.hits)
@@ -110,7 +110,7 @@ std::string gridText (const DrumPattern& pattern, int tempoBpm, bool inColour)
 
             for (int bar = firstBar; bar < endBar; ++bar)
                 text.append ("|").append (
-                    styled (laneColours[lane], lines[lane].substr (static_cast<std::size_t> (bar * columnsPerBar), columnsPerBar), inColour));
+                    styled (laneColours[lane], lines[lane].substr (static_cast<std::size_t> (bar) * columnsPerBar, columnsPerBar), inColour));
 
             text += "|\n";
         }
