@@ -183,8 +183,7 @@ juce::File PulsewrightAudioProcessorEditor::createDragMidiFile (bool isSong)
     auto& button     = isSong ? songDragButton : patternDragButton;
     const auto tempo = processor.getEffectiveBpm();
     std::string error;
-    const auto file =
-        isSong ? midiExport::fileForDrag (processor.getSong(), tempo, error) : midiExport::fileForDrag (processor.getPattern(), tempo, error);
+    auto file = isSong ? midiExport::fileForDrag (processor.getSong(), tempo, error) : midiExport::fileForDrag (processor.getPattern(), tempo, error);
 
     if (file == juce::File())
         reportExport (button, "DRAG EXPORT FAILED  ", asText (error), "Drag failed: " + asText (error));
