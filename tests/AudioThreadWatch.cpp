@@ -82,11 +82,13 @@ AudioThreadWatch::Counts AudioThreadWatch::counts() noexcept
 // The C library's own names for the functions that are replaced below.
 extern "C"
 {
+    // NOLINTBEGIN(bugprone-reserved-identifier, cert-dcl37-c, cert-dcl51-cpp, readability-identifier-naming)
     void* __libc_malloc (std::size_t);
     void* __libc_calloc (std::size_t, std::size_t);
     void* __libc_realloc (void*, std::size_t);
     void* __libc_memalign (std::size_t, std::size_t);
     void __libc_free (void*);
+    // NOLINTEND(bugprone-reserved-identifier, cert-dcl37-c, cert-dcl51-cpp, readability-identifier-naming)
 
     using pulsewright::AudioThreadWatch;
 

@@ -21,6 +21,7 @@ int main (int argc, char* argv[])
 
     const bool neverFinishes = argc > 5 && std::strcmp (argv[5], "never-finish") == 0;
     const auto atom          = [display] (const char* name) { return XInternAtom (display, name, False); };
+    const auto number        = [argv] (int i) { return std::atoi (argv[i]); }; // NOLINT(cert-err34-c): the window's tests give numbers
 
     XSetWindowAttributes attributes {};
     attributes.override_redirect = True; // where it is put, whatever the window manager thinks
@@ -28,10 +29,10 @@ int main (int argc, char* argv[])
 
     const auto window = XCreateWindow (display,
                                        DefaultRootWindow (display),
-                                       std::atoi (argv[1]),
-                                       std::atoi (argv[2]),
-                                       static_cast<unsigned> (std::atoi (argv[3])),
-                                       static_cast<unsigned> (std::atoi (argv[4])),
+                                       number (1),
+                                       number (2),
+                                       static_cast<unsigned> (number (3)),
+                                       static_cast<unsigned> (number (4)),
                                        0,
                                        CopyFromParent,
                                        InputOutput,

@@ -53,8 +53,8 @@ struct BarChance
 {
     Chance evenBar, oddBar;
 
-    constexpr BarChance (Chance everyBar) noexcept : evenBar (everyBar), oddBar (everyBar) {}
-    constexpr BarChance (double everyBar) noexcept : BarChance (Chance { everyBar }) {}
+    constexpr BarChance (Chance everyBar) noexcept : evenBar (everyBar), oddBar (everyBar) {} // NOLINT(google-explicit-constructor): for the tables
+    constexpr BarChance (double everyBar) noexcept : BarChance (Chance { everyBar }) {}       // NOLINT(google-explicit-constructor)
     constexpr BarChance (Chance even, Chance odd) noexcept : evenBar (even), oddBar (odd) {}
 };
 

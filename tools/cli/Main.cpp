@@ -338,7 +338,7 @@ namespace
 
 } // namespace pulsewright::cli
 
-int main (int argc, char** argv)
+int main (int argc, char** argv) // NOLINT(bugprone-exception-escape): without memory there is nothing to say
 {
     return pulsewright::cli::run (argc, argv);
 }
