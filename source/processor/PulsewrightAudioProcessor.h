@@ -130,7 +130,7 @@ public:
     juce::AudioProcessorEditor* createEditor() override;
     bool hasEditor() const override { return true; }
 
-    const juce::String getName() const override { return "Pulsewright"; }
+    const juce::String getName() const override { return "Pulsewright"; } // NOLINT(readability-const-return-type): JUCE's
     bool acceptsMidi() const override { return true; }
     bool producesMidi() const override { return true; }
     bool isMidiEffect() const override { return false; }
@@ -141,7 +141,7 @@ public:
     int getNumPrograms() override { return 1; }
     int getCurrentProgram() override { return 0; }
     void setCurrentProgram (int) override {}
-    const juce::String getProgramName (int) override { return {}; }
+    const juce::String getProgramName (int) override { return {}; } // NOLINT(readability-const-return-type)
     void changeProgramName (int, const juce::String&) override {}
 
     //==============================================================================
