@@ -104,7 +104,7 @@ TEST (Processor, IsWhatHostsExpect)
     EXPECT_EQ (processor.getBus (false, 0)->getName(), "Output");
     EXPECT_FALSE (processor.getNameForMidiNoteNumber (68, 10).has_value());
 
-    const auto supports = [&] (juce::AudioChannelSet set)
+    const auto supports = [&] (const juce::AudioChannelSet& set)
     {
         auto layout                         = processor.getBusesLayout();
         layout.outputBuses.getReference (0) = set;
@@ -197,7 +197,7 @@ namespace
         for (auto& value : values)
         {
             const auto amount = next() / 4294967296.0 * 0.15 + 0.05;
-            const auto step   = (next() >> 30) & 1u ? amount : -amount;
+            const auto step   = ((next() >> 30) & 1u) != 0 ? amount : -amount;
             value             = value + step < 0.0 || value + step > 1.0 ? value - step : value + step;
         }
 
