@@ -143,7 +143,7 @@ namespace
 
     juce::File answers (const juce::String& script)
     {
-        const auto file = juce::File::getSpecialLocation (juce::File::userHomeDirectory).getChildFile ("zenity-answer");
+        auto file = juce::File::getSpecialLocation (juce::File::userHomeDirectory).getChildFile ("zenity-answer");
         file.replaceWithText (script);
         return file;
     }
