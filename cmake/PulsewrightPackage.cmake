@@ -6,7 +6,11 @@
 
 include (GNUInstallDirs)
 
-string (TIMESTAMP PULSEWRIGHT_RELEASE_DATE "%Y-%m-%d" UTC) # SOURCE_DATE_EPOCH's
+# Both are SOURCE_DATE_EPOCH's.
+string (TIMESTAMP PULSEWRIGHT_RELEASE_DATE "%Y-%m-%d" UTC)
+string (TIMESTAMP PULSEWRIGHT_PACKAGE_TIME "%a, %d %b %Y %H:%M:%S +0000" UTC)
+
+set (CPACK_PACKAGE_CONTACT "Tolm <pulsewright@tolm.example>")
 set (packaging "${CMAKE_CURRENT_SOURCE_DIR}/packaging")
 set (packaged "${CMAKE_CURRENT_BINARY_DIR}/packaging")
 
@@ -43,6 +47,8 @@ endforeach()
 
 configure_file (CHANGELOG.md "${packaged}/changelog" COPYONLY)
 install_compressed ("${packaged}/changelog" share/doc/pulsewright)
+configure_file ("${packaging}/changelog.Debian.in" "${packaged}/changelog.Debian" @ONLY)
+install_compressed ("${packaged}/changelog.Debian" share/doc/pulsewright)
 
 file (READ "${CMAKE_CURRENT_SOURCE_DIR}/LICENSE" PULSEWRIGHT_LICENSE_TEXT)
 string (REPLACE "\n" "\n " PULSEWRIGHT_LICENSE_TEXT " ${PULSEWRIGHT_LICENSE_TEXT}") # as a paragraph of the file's field
@@ -55,7 +61,6 @@ install (FILES docs/pictures/window-1120x840.png DESTINATION share/doc/pulsewrig
 set (CPACK_GENERATOR DEB TGZ)
 set (CPACK_PACKAGE_NAME pulsewright)
 set (CPACK_PACKAGE_VENDOR Tolm)
-set (CPACK_PACKAGE_CONTACT "Tolm <pulsewright@tolm.example>")
 set (CPACK_PACKAGE_DESCRIPTION_SUMMARY "genre-aware drum song generator")
 set (CPACK_PACKAGE_DESCRIPTION "Pulsewright generates drum grooves and whole songs in seven styles from a
 seed, plays them in time with the host, sounds them with its own kit or drives
@@ -66,6 +71,7 @@ set (CPACK_VERBATIM_VARIABLES ON)
 set (CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 
 set (CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set (CPACK_DEBIAN_PACKAGE_RELEASE 1)
 set (CPACK_DEBIAN_PACKAGE_SECTION sound)
 set (CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # JUCE opens these when there is a window to draw; nothing is linked to them.
