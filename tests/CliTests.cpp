@@ -10,6 +10,8 @@
 #include <cstdio>
 #include <cstring>
 #include <map>
+#include <regex>
+#include <set>
 #include <sstream>
 #include <tuple>
 
@@ -216,9 +218,30 @@ TEST (Cli, BadWordsEndWithTheChoices)
         EXPECT_NE (outcome.output.find (hint), outcome.output.npos) << line << ": " << outcome.output;
         EXPECT_EQ (std::count (outcome.output.begin(), outcome.output.end(), '\n'), 1) << outcome.output;
     }
+}
 
-    EXPECT_EQ (cli ("--help").exitCode, 0);
-    EXPECT_EQ (cli ("song --help").exitCode, 0);
+TEST (Cli, TheManualPageHasEveryOptionOfTheHelp)
+{
+    std::ifstream file (PULSEWRIGHT_MANUAL_PAGE);
+    std::string page (std::istreambuf_iterator<char> (file), {});
+    page.erase (std::remove (page.begin(), page.end(), '\\'), page.end()); // before a minus, in roff
+
+    std::set<std::string> options;
+    const std::regex option ("--[a-z][a-z-]+");
+
+    for (const auto* line : { "--help", "pattern --help", "song --help", "window --help" })
+    {
+        const auto help = cli (line);
+        EXPECT_EQ (help.exitCode, 0);
+        for (std::sregex_iterator found (help.output.begin(), help.output.end(), option), end; found != end; ++found)
+            options.insert (found->str());
+    }
+
+    EXPECT_GT (options.size(), 30u);
+    for (const auto& name : options)
+        EXPECT_TRUE (std::regex_search (page, std::regex (name + "\\b(?!-)"))) << name;
+
+    EXPECT_EQ (cli ("--version").output, "Pulsewright " PULSEWRIGHT_VERSION "\n");
 }
 
 TEST (Cli, PrintsWithinEightyColumns)

@@ -279,7 +279,9 @@ namespace
         constexpr int writeFailed = 1, badCommandLine = 2;
 
         CLI::App app ("Generates drum grooves and whole songs from a seed: the same music as the plug-in, without a host.");
+        app.name ("pulsewright-cli");
         app.require_subcommand (1);
+        app.set_version_flag ("--version", "Pulsewright " PULSEWRIGHT_VERSION, "Print the version and exit");
         app.footer ("Without an output option a pattern is printed as a grid and a song as a table.\n"
                     "Exit status: 0, 1 when a file could not be written, 2 for a bad command line.");
 
