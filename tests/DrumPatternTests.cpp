@@ -27,15 +27,43 @@ namespace
     }
 } // namespace
 
+TEST (Genres, HaveTheirNamesTemposAndLengths)
+{
+    struct Case
+    {
+        const char* name;
+        int tempoBpm, averageSongSeconds;
+    };
+
+    // clang-format off
+    constexpr Case cases[]
+    {
+        { "Boom Bap",     90, 210 },
+        { "Trap",        140, 165 },
+        { "Dub",          74, 270 },
+        { "House",       124, 240 },
+        { "Drum & Bass", 174, 240 },
+        { "Jazz-Hop",     84, 195 },
+        { "Electronic",  128, 225 },
+        { "Unknown",     120, 210 } // one past the last
+    };
+    // clang-format on
+
+    for (std::uint32_t i = 0; i <= genreCount; ++i)
+    {
+        const auto genre = static_cast<Genre> (i);
+        EXPECT_EQ (nameOf (genre), cases[i].name);
+        EXPECT_EQ (profileOf (genre).tempoBpm, cases[i].tempoBpm) << cases[i].name;
+        EXPECT_EQ (profileOf (genre).averageSongSeconds, cases[i].averageSongSeconds) << cases[i].name;
+    }
+}
+
 TEST (Names, UnknownValuesHaveNamesToo)
 {
-    EXPECT_EQ (nameOf (Genre::drumAndBass), "Drum & Bass");
-    EXPECT_EQ (nameOf (static_cast<Genre> (7)), "Unknown");
-    EXPECT_EQ (profileOf (static_cast<Genre> (7)).tempoBpm, 120);
-    EXPECT_EQ (profileOf (static_cast<Genre> (7)).averageSongSeconds, 210);
     EXPECT_EQ (nameOf (SectionType::verseVariation), "Verse Variation");
     EXPECT_EQ (nameOf (static_cast<SectionType> (9)), "Section");
     EXPECT_EQ (energyOffsetOf (static_cast<SectionType> (9)), 0.0f);
+    EXPECT_EQ (nameOf (DrumLane::perc), "Perc");
     EXPECT_EQ (nameOf (static_cast<DrumLane> (4)), "");
 }
 

@@ -89,11 +89,19 @@ namespace
             constexpr int sizes[] { 0, 1, 2, 31, 32, 511, 4096, 8192 };
             const int numSamples = oneIn (2) ? oneOf (sizes) : static_cast<int> (dice() % 1000);
             juce::AudioBuffer<Sample> buffer (static_cast<int> (dice() % 3), numSamples);
-            oneIn (16) ? processor.processBlockBypassed (buffer, midi) : processor.processBlock (buffer, midi);
+
+            // What was in the buffer before is nobody's business, NaN or not.
+            for (int channel = 0; channel < buffer.getNumChannels(); ++channel)
+                juce::FloatVectorOperations::fill (buffer.getWritePointer (channel), static_cast<Sample> (nan), numSamples);
+
+            const bool isBypassed = oneIn (16);
+            const int numMessages = midi.getNumEvents();
+            isBypassed ? processor.processBlockBypassed (buffer, midi) : processor.processBlock (buffer, midi);
+            ASSERT_TRUE (! isBypassed || midi.getNumEvents() == numMessages);
 
             for (int channel = 0; channel < buffer.getNumChannels(); ++channel)
                 for (int i = 0; i < numSamples; ++i)
-                    ASSERT_LE (std::abs (buffer.getSample (channel, i)), 1.0); // which no NaN is
+                    ASSERT_LE (std::abs (buffer.getSample (channel, i)), isBypassed ? 0.0 : 1.0); // which no NaN is
         }
 
         PulsewrightAudioProcessor& processor;

@@ -77,6 +77,7 @@ TEST (PlaybackEngine, FindsWhatAScanFinds)
 {
     const auto song   = std::make_shared<const SongArrangement> (SongBuilder::buildSong ({}, 48, 0));
     const auto groove = busyGroove (3);
+    const auto& verse = song->sections[1].pattern;
     std::size_t found = 0;
 
     struct Case
@@ -85,9 +86,12 @@ TEST (PlaybackEngine, FindsWhatAScanFinds)
         std::shared_ptr<const PlaybackData> music, inOnePiece;
     };
 
-    for (const auto& [repeat, music, inOnePiece] : { Case { Repeat::once, groove, groove },
-                                                     Case { Repeat::looped, groove, groove },
-                                                     Case { Repeat::once, makePlaybackData (song), makePlaybackData (flatten (*song), 192.0) } })
+    const Case cases[] { { Repeat::once, groove, groove },
+                         { Repeat::looped, groove, groove },
+                         { Repeat::once, makePlaybackData (song), makePlaybackData (flatten (*song), 192.0) },
+                         { Repeat::looped, makePlaybackData (song, 1), makePlaybackData (verse.hits, verse.lengthInBeats()) } };
+
+    for (const auto& [repeat, music, inOnePiece] : cases)
         for (const double firstBeat : { -13.0, 0.0, 11.7, 60.0, 1.0e6 + 1.0 / 3.0, 3.0e9 })
             for (const int fixedSize : { 1, 32, 441, 512, 8192, 0 })
             {
@@ -105,6 +109,7 @@ TEST (PlaybackEngine, FindsWhatAScanFinds)
             }
 
     EXPECT_GT (found, 5000u);
+    EXPECT_EQ (makePlaybackData (song)->lengthInBeats, 192.0);
 }
 
 TEST (PlaybackEngine, EveryHostPlaysEveryNoteOnce)
@@ -207,16 +212,22 @@ TEST (PlaybackEngine, NothingThatCannotBePlayedIsPlayed)
     constexpr auto infinity = std::numeric_limits<double>::infinity();
     const auto music        = busyGroove (1);
 
-    for (const double beat : { nan, infinity, -infinity, 1e18, -1e18, 1e300, -1e300 })
-        EXPECT_TRUE (eventsOf (*music, Repeat::looped, windowAt (beat, 120.0, rate, 512)).empty()) << beat;
+    for (const double beat : { nan, infinity, -infinity, -0x1p52 - 1.0, 1e18, -1e18, 1e300, -1e300 })
+        EXPECT_EQ (windowAt (beat, 120.0, rate, 512).numSamples, 0) << beat;
 
-    for (const double bpm : { nan, infinity, -infinity, 0.0, -120.0, 1e300, 5e-324 })
-        EXPECT_TRUE (eventsOf (*music, Repeat::looped, windowAt (0.0, bpm, rate, 512)).empty() || bpm == 5e-324) << bpm;
+    for (const double bpm : { nan, infinity, -infinity, 0.0, -120.0, 1e300 })
+        EXPECT_EQ (windowAt (0.0, bpm, rate, 512).numSamples, 0) << bpm;
+
+    // The farthest beat and the longest block that are played, and the sample that a rounding beyond it falls on.
+    EXPECT_EQ (windowAt (-0x1p52, 60.0, rate, 512).numSamples, 512);
+    EXPECT_EQ (windowAt (0.0, 60.0, 1.0, 256).offsetOf (256.0), 255);
+    EXPECT_EQ (windowAt (0.0, 60.0, 1.0, 257).numSamples, 0);
+    EXPECT_EQ (windowAt (0.0, 60.0, 1.0, 0).numSamples, 0);
 
     for (const double sampleRate : { 0.0, -1.0 })
         EXPECT_EQ (windowAt (0.0, 60.0, sampleRate, 4).end, 4.0); // as at one hertz
 
-    EXPECT_TRUE (eventsOf (*music, Repeat::looped, windowAt (0.0, 120.0, rate, 0)).empty());
+    EXPECT_TRUE (eventsOf (*music, Repeat::looped, {}).empty());
     EXPECT_TRUE (eventsOf (*makePlaybackData ({}, 8.0), Repeat::looped, windowAt (0.0, 120.0, rate, 512)).empty());
     EXPECT_TRUE (
         eventsOf (*makePlaybackData ({ hitsOf (*music).begin(), hitsOf (*music).end() }, 0.0), Repeat::looped, windowAt (0.0, 120.0, rate, 512))
@@ -269,6 +280,13 @@ TEST (SnapshotExchange, FreesNothingThatIsBeingRead)
             EXPECT_EQ (living, 3); // the one being read, one retired behind it, the current one
         }
 
+        for (int i = 0; i < 3; ++i)
+        {
+            const auto reading = exchange.read();
+            exchange.publish (std::make_unique<Watched> (living));
+            EXPECT_EQ (living, 2); // what earlier readings held back goes although another one is under way
+        }
+
         exchange.publish (std::make_unique<Watched> (living));
         EXPECT_EQ (living, 1);
 
@@ -317,9 +335,10 @@ TEST (PreviewTransport, ANewStartIsNotMovedByTheBlockInFlight)
     preview.start (false);
     preview.finish (block);
     EXPECT_TRUE (preview.isPlaying());
-    EXPECT_EQ (preview.beginBlock().position, 0.0);
 
-    preview.beginBlock();
+    block = preview.beginBlock();
+    EXPECT_TRUE (block.isPlaying() && ! block.isFullSong());
+    EXPECT_EQ (block.position, 0.0);
     preview.stop();
     preview.start (true);
     preview.moveTo (5.0);
