@@ -192,11 +192,11 @@ TEST (PlaybackEngine, TenHoursLoseNothing)
 TEST (PlaybackEngine, AJumpIsPlayedAsItStands)
 {
     TransportContinuity continuity;
-    const auto first = continuity.join (windowAt (0.0, 120.0, rate, 512));
-    EXPECT_EQ (first.from, 0.0);
+    const auto first = continuity.join (windowAt (-1.0, 60.0, 1.0, 1)); // up to exactly 0
+    EXPECT_EQ (first.from, -1.0);
 
-    const auto nearly = continuity.join (windowAt (first.end + 1.0 / 961.0, 120.0, rate, 512));
-    EXPECT_EQ (nearly.from, first.end);
+    const auto nearly = continuity.join (windowAt (1.0 / 960.0, 120.0, rate, 512));
+    EXPECT_EQ (nearly.from, 0.0);
 
     const auto seek = continuity.join (windowAt (nearly.end + 1.0 / 959.0, 120.0, rate, 512));
     EXPECT_EQ (seek.from, seek.start);
@@ -246,6 +246,15 @@ TEST (PlaybackEngine, NoteOffFallsInTheNextBlockAcrossTheLoop)
     // A loop played from its first beat has the stray end of the note before it, a song has not.
     EXPECT_EQ (eventsOf (*music, Repeat::looped, windowAt (0.0, 60.0, 100.0, 20)).size(), 1u);
     EXPECT_TRUE (eventsOf (*music, Repeat::once, windowAt (0.0, 60.0, 100.0, 20)).empty());
+}
+
+TEST (PlaybackEngine, FarOutARoundedBeatStillHasItsEnd)
+{
+    // So far out the hit's beat is rounded up, and its end with it, into a block that it would have missed by itself.
+    const auto music  = makePlaybackData ({ { .start = 1.0 - 0x1p-22, .length = 0.5 } }, 4.0);
+    const auto window = windowAt (0x1p32 + 1.5, 60.0, 100.0, 6);
+
+    EXPECT_EQ (eventsOf (*music, Repeat::looped, window), (std::vector<NoteEvent> { { 0, 0x89, 36, 0 } }));
 }
 
 //==============================================================================

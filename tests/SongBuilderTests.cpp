@@ -30,9 +30,9 @@ TEST (SongBuilder, SharesOutTheBars)
     // clang-format off
     const std::vector<Case> cases {
         {   80, 0, { 7, 13, 7, 13, 13, 7, 13, 7 } },   // the remainders go to the earliest of equals
-        {   16, 3, { 2, 6, 6, 2 } },
-        {   16, 2, { 2, 2, 2, 4, 4, 2 } },
-        {   10, 3, { 2, 6, 6, 2 } },                   // never shorter than 16
+        {  384, 3, { 48, 144, 144, 48 } },
+        {   64, 2, { 8, 8, 8, 16, 16, 8 } },
+        {    1, 3, { 2, 6, 6, 2 } },                   // never shorter than 16
         { 1000, 1, { 38, 77, 77, 77, 77, 38 } },       // nor longer than 384
         {   16, 4, { 1, 3, 1, 3, 3, 1, 3, 1 } }        // one past the last structure is Classic
     };
