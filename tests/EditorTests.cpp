@@ -3,12 +3,12 @@
 
 // The window as a component, without a display.
 
+#include "EditorWindow.h"
 #include "HostLog.h"
 #include "StateBytes.h"
 
 #include "editor/FileDrag.h"
 #include "editor/Palette.h"
-#include "editor/PulsewrightAudioProcessorEditor.h"
 #include "export/MidiExport.h"
 #include "export/MidiFileWriter.h"
 #include "generation/SongBuilder.h"
@@ -35,28 +35,10 @@ namespace
         juce::MessageManager::getInstance()->runDispatchLoopUntil (milliseconds);
     }
 
-    /** A control by the name that a screen reader would say. */
-    template <typename Control = juce::Component>
-    Control& find (juce::Component& editor, const juce::String& title)
-    {
-        for (auto* child : editor.getChildren())
-            if (child->getTitle() == title)
-                if (auto* control = dynamic_cast<Control*> (child))
-                    return *control;
-
-        throw std::runtime_error ("no control is called " + title.toStdString());
-    }
-
     void click (juce::Component& editor, const char* title)
     {
         find<juce::Button> (editor, title).onClick();
     }
-
-    struct Window
-    {
-        PulsewrightAudioProcessor processor;
-        std::unique_ptr<Editor> editor = std::make_unique<Editor> (processor);
-    };
 
     void set (PulsewrightAudioProcessor& processor, const char* id, float plainValue)
     {
@@ -324,148 +306,6 @@ TEST (Editor, EveryControlCanBeReachedAndHasAName)
     EXPECT_EQ (order.size(), static_cast<std::size_t> (focusable));
     EXPECT_EQ (titles.size(), static_cast<std::size_t> (focusable));
     EXPECT_EQ (*order.begin(), 1);
-}
-
-//==============================================================================
-TEST (MidiDragButton, StartsOneDragSixPixelsAway)
-{
-    int filesMade = 0, drags = 0;
-    auto file = juce::File::createTempFile (".mid");
-    MidiDragButton button ("DRAG",
-                           [&]
-                           {
-                               ++filesMade;
-                               return file;
-                           });
-    button.setSize (100, 40);
-    button.startDrag = [&] (const juce::File& dragged)
-    {
-        EXPECT_EQ (dragged, file);
-        ++drags;
-    };
-
-    const auto event = [&] (float x, float y)
-    {
-        const juce::Point<float> start (10, 10);
-        return juce::MouseEvent (juce::Desktop::getInstance().getMainMouseSource(),
-                                 { 10 + x, 10 + y },
-                                 juce::ModifierKeys::leftButtonModifier,
-                                 0,
-                                 0,
-                                 0,
-                                 0,
-                                 0,
-                                 &button,
-                                 &button,
-                                 {},
-                                 start,
-                                 {},
-                                 1,
-                                 true);
-    };
-
-    // One press: no file yet where nothing was written, and none before the sixth pixel.
-    button.mouseDown (event (0, 0));
-    button.mouseDrag (event (5, 0));
-    button.mouseDrag (event (4, 3.7f)); // 5.45, rounded
-    EXPECT_EQ (filesMade, 0);
-    button.mouseDrag (event (6, 0));
-    button.mouseDrag (event (60, 0));
-    EXPECT_EQ (std::pair (filesMade, drags), std::pair (1, 0)) << "a file that does not exist is not dragged";
-
-    file.create();
-    button.mouseDown (event (0, 0));
-    button.mouseDrag (event (4, 3.8f)); // 5.52
-    button.mouseDrag (event (70, 0));
-    EXPECT_EQ (std::pair (filesMade, drags), std::pair (2, 1));
-
-    file = juce::File();
-    button.mouseDown (event (0, 0));
-    button.mouseDrag (event (70, 0));
-    EXPECT_EQ (std::pair (filesMade, drags), std::pair (3, 1));
-    EXPECT_EQ (button.getTooltip(), "Drag this button into the DAW arrangement");
-}
-
-TEST (MidiExport, NamesFilesAndWritesThem)
-{
-    const auto folder = juce::File::getSpecialLocation (juce::File::tempDirectory);
-    const auto named  = [&] (const char* name) { return midiExport::withMidiExtension (folder.getChildFile (name)).getFileName(); };
-    EXPECT_EQ (named ("groove"), "groove.mid");
-    EXPECT_EQ (named ("groove.MID"), "groove.MID");
-    EXPECT_EQ (named ("groove.txt"), "groove.mid");
-    EXPECT_EQ (midiExport::suggestedSongFile().getFileName(), "Pulsewright Song.mid");
-    EXPECT_EQ (fileUri (juce::File (juce::CharPointer_UTF8 ("/tmp/a b%/\xc3\xbc.mid"))), "file:///tmp/a%20b%25/%C3%BC.mid");
-
-    Window window;
-    auto pattern = window.processor.getPattern();
-    pattern.seed = 4294967295u;
-    auto song    = window.processor.getSong();
-    window.processor.setMaterial (pattern, song);
-
-    for (const bool isSong : { true, false })
-    {
-        const auto file = window.editor->createDragMidiFile (isSong);
-        juce::MemoryBlock bytes;
-        ASSERT_TRUE (file.loadFileAsData (bytes));
-        const auto expected = isSong ? MidiFileWriter::bytesOf (song, 90) : MidiFileWriter::bytesOf (pattern, 90);
-        EXPECT_EQ (bytes, juce::MemoryBlock (expected.data(), expected.size()));
-        EXPECT_EQ (file.getFileName(),
-                   isSong ? "Pulsewright Song " + juce::String (song.seed) + ".mid" : juce::String ("Pulsewright Pattern 4294967295.mid"));
-        EXPECT_TRUE (find<juce::TextButton> (*window.editor, isSong ? "Drag full song MIDI" : "Drag pattern MIDI")
-                         .getTooltip()
-                         .endsWith (file.getFullPathName()));
-    }
-}
-
-TEST (MidiExport, DragsThroughNobodyElsesFolder)
-{
-    const auto scratch  = juce::File::createTempFile ({});
-    const auto folder   = scratch.getChildFile ("Pulsewright MIDI");
-    const auto precious = scratch.getChildFile ("precious");
-    const auto* old     = std::getenv ("TMPDIR");
-    const std::string oldFolder (old != nullptr ? old : "");
-    precious.createDirectory();
-    setenv ("TMPDIR", scratch.getFullPathName().toRawUTF8(), 1);
-
-    struct Case
-    {
-        const char* what;
-        bool isDragged;
-        std::function<void()> prepare;
-    };
-
-    const Case cases[] { { "nothing there", true, [] {} },
-                         { "a link", false, [&] { precious.createSymbolicLink (folder, true); } },
-                         { "a file", false, [&] { folder.replaceWithText ("in the way"); } },
-                         { "ours, but open to all",
-                           false,
-                           [&] { EXPECT_TRUE (folder.createDirectory() && chmod (folder.getFullPathName().toRawUTF8(), 0777) == 0); } },
-                         { "somebody else's", false, [&] {
-                              EXPECT_TRUE (folder.createDirectory() && chown (folder.getFullPathName().toRawUTF8(), 65534, 65534) == 0);
-                          } } };
-
-    Window window;
-
-    for (const auto& [what, isDragged, prepare] : cases)
-    {
-        if (what == std::string ("somebody else's") && geteuid() != 0)
-            continue; // only root can give a folder away
-
-        prepare();
-        const auto file = window.editor->createDragMidiFile (false);
-        EXPECT_EQ (file != juce::File() && file.existsAsFile(), isDragged) << what;
-        EXPECT_EQ (find<juce::TextButton> (*window.editor, "Drag pattern MIDI").getTooltip().contains ("Could not open"), ! isDragged) << what;
-        EXPECT_EQ (precious.getNumberOfChildFiles (juce::File::findFiles), 0) << what;
-
-        struct stat info
-        {};
-        EXPECT_TRUE (! isDragged || (stat (folder.getFullPathName().toRawUTF8(), &info) == 0 && (info.st_mode & 0022) == 0)) << what;
-        folder.deleteFile();
-        folder.deleteRecursively();
-    }
-
-    old != nullptr ? setenv ("TMPDIR", oldFolder.c_str(), 1) : unsetenv ("TMPDIR");
-    scratch.deleteRecursively();
 }
 
 } // namespace pulsewright

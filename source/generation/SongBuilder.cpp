@@ -121,10 +121,7 @@ namespace
         {
             const auto largest = std::max_element (remainders.begin(), remainders.end());
             ++bars[static_cast<std::size_t> (largest - remainders.begin())];
-            *largest = -1.0;
-
-            if (std::all_of (remainders.begin(), remainders.end(), [] (double r) { return r < 0.0; }))
-                std::fill (remainders.begin(), remainders.end(), 0.0);
+            *largest = -1.0; // fewer bars are left than there are entries
         }
 
         return bars;

@@ -60,11 +60,7 @@ public:
     void moveTo (double newPosition) noexcept { position = newPosition; }
 
     /** Thread: audio. Ends the preview of this block, unless another one has been started meanwhile. */
-    void finish (Block block) noexcept
-    {
-        position = 0.0;
-        state.compare_exchange_strong (block.state, block.state & ~playingBit);
-    }
+    void finish (Block block) noexcept { state.compare_exchange_strong (block.state, block.state & ~playingBit); }
 
     /** Thread: any that the host prepares from, while no block is played. */
     void rewind() noexcept { position = 0.0; }

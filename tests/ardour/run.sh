@@ -10,7 +10,7 @@ set -u -o pipefail
 
 ardour=/usr/lib/ardour7
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
-bundle=${1:?"Usage: run.sh <Pulsewright.vst3 or Pulsewright.lv2> [folder for scratch files]"}
+bundle=$(realpath "${1:?"Usage: run.sh <Pulsewright.vst3 or Pulsewright.lv2> [folder for scratch files]"}")
 
 if ! command -v ardour7-lua > /dev/null; then
     echo "Skipped: Ardour 7 is not installed (there is no ardour7-lua)."

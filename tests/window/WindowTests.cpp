@@ -5,10 +5,10 @@
 
 #include "HostLog.h"
 #include "OfflineHost.h"
+#include "RealWindow.h"
 
 #include "editor/FileDrag.h"
 #include "editor/Palette.h"
-#include "editor/PulsewrightAudioProcessorEditor.h"
 #include "export/MidiFileWriter.h"
 
 #include <gtest/gtest.h>
@@ -23,113 +23,6 @@ namespace pulsewright
 
 namespace
 {
-    /** Lets the window live. Counted in rounds, not by the clock: each handles all that has arrived, however
-        busy the machine is.
-    */
-    void runFor (int milliseconds)
-    {
-        for (int i = 0; i < milliseconds; i += 10)
-            juce::MessageManager::getInstance()->runDispatchLoopUntil (10);
-    }
-
-    template <typename Condition>
-    [[nodiscard]] bool comesTrue (Condition&& condition)
-    {
-        for (int i = 0; i < 1000 && ! condition(); ++i)
-            runFor (20);
-
-        return condition();
-    }
-
-    /** Runs a program while the window goes on living. */
-    void run (const juce::String& command)
-    {
-        juce::ChildProcess process;
-        ASSERT_TRUE (process.start (command)) << command;
-        while (process.isRunning())
-            runFor (10);
-        ASSERT_EQ (process.getExitCode(), 0u) << command;
-        runFor (50);
-    }
-
-    class Window : public testing::Test, private juce::MouseListener
-    {
-    protected:
-        Window()
-        {
-            editor->addMouseListener (this, true);
-            editor->addToDesktop (juce::ComponentPeer::windowIsResizable);
-            editor->setTopLeftPosition (60, 60);
-            editor->setVisible (true);
-            run ("xdotool mousemove 1100 140");
-            EXPECT_TRUE (comesTrue ([this] { return editor->isMouseOver (true); })) << "the window is not shown";
-        }
-
-        template <typename Control = juce::Component>
-        Control& find (const juce::String& title)
-        {
-            for (auto* child : editor->getChildren())
-                if (child->getTitle() == title)
-                    return dynamic_cast<Control&> (*child);
-
-            throw std::runtime_error ("no control is called " + title.toStdString());
-        }
-
-        /** Puts the pointer on a control and waits until the window has noticed. */
-        void pointAt (const juce::String& title, juce::Point<int> offset = {})
-        {
-            const auto point = find (title).getScreenBounds().getCentre() + offset;
-            run ("xdotool mousemove " + juce::String (point.x) + " " + juce::String (point.y));
-            ASSERT_TRUE (comesTrue ([&] { return find (title).isMouseOver (true); })) << title;
-        }
-
-        void pressButton()
-        {
-            const auto before = presses;
-            run ("xdotool mousedown 1");
-            ASSERT_TRUE (comesTrue ([&] { return presses > before; }));
-        }
-
-        void releaseButton()
-        {
-            const auto before = releases;
-            run ("xdotool mouseup 1");
-            ASSERT_TRUE (comesTrue ([&] { return releases > before; }));
-        }
-
-        void click (const juce::String& title)
-        {
-            pointAt (title);
-            pressButton();
-            releaseButton();
-            runFor (100);
-        }
-
-        void doubleClick (const juce::String& title, juce::Point<int> offset = {})
-        {
-            pointAt (title, offset);
-            const auto before = releases;
-            run ("xdotool click --repeat 2 --delay 40 1");
-            ASSERT_TRUE (comesTrue ([&] { return releases >= before + 2; }));
-            runFor (100);
-        }
-
-        void press (const juce::String& keys)
-        {
-            run ("xdotool key --delay 30 " + keys);
-            runFor (100);
-        }
-
-        PulsewrightAudioProcessor processor;
-        std::unique_ptr<PulsewrightAudioProcessorEditor> editor = std::make_unique<PulsewrightAudioProcessorEditor> (processor);
-
-    private:
-        void mouseDown (const juce::MouseEvent&) override { ++presses; }
-        void mouseUp (const juce::MouseEvent&) override { ++releases; }
-
-        int presses = 0, releases = 0;
-    };
-
     /** Counts what would have to be drawn again. */
     struct RepaintCounter final : juce::CachedComponentImage
     {
