@@ -28,7 +28,8 @@ target_compile_features (pulsewright_build_settings INTERFACE cxx_std_20)
 # A fused multiply-add rounds once instead of twice: on the processors that have one, a seed would
 # play another song.
 target_compile_options (pulsewright_build_settings INTERFACE
-    $<$<CXX_COMPILER_ID:GNU,Clang,AppleClang>:-ffp-contract=off>)
+    $<$<CXX_COMPILER_ID:GNU,Clang,AppleClang>:-ffp-contract=off>
+    $<$<CXX_COMPILER_ID:MSVC>:/fp:precise /utf-8>)
 
 # GCC's unique symbols keep a plug-in's module in memory for ever once it is loaded. For JUCE's files too.
 if (CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
@@ -38,4 +39,5 @@ endif()
 # For our own code only; JUCE's headers are system headers to it.
 add_library (pulsewright_warnings INTERFACE)
 target_compile_options (pulsewright_warnings INTERFACE
-    $<$<CXX_COMPILER_ID:GNU,Clang,AppleClang>:-Wall -Wextra -Wshadow -Wconversion -Werror>)
+    $<$<CXX_COMPILER_ID:GNU,Clang,AppleClang>:-Wall -Wextra -Wshadow -Wconversion -Werror>
+    $<$<CXX_COMPILER_ID:MSVC>:/W4>)
