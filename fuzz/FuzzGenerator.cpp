@@ -41,7 +41,7 @@ namespace
                       settings.hatsProbability,
                       settings.percProbability) = std::tuple_cat (values);
 
-        settings.genre = static_cast<Genre> (input.ConsumeIntegralInRange (0, 8));
+        settings.genre = static_cast<Genre> (input.ConsumeIntegralInRange (0u, genreCount + 1));
         settings.seed  = input.ConsumeIntegral<std::uint32_t>();
         return settings;
     }

@@ -59,7 +59,7 @@ TEST (Cli, MidiFilesHaveTheNotesOfTheJson)
 {
     const auto folder = scratch();
 
-    for (int genre = 0; genre < 7; ++genre)
+    for (std::uint32_t genre = 0; genre < genreCount; ++genre)
     {
         const auto file      = folder / ("per cent 100%, blank, \u00fcmlaut 'quote' " + std::to_string (genre) + ".mid");
         const auto arguments = " --genre " + std::to_string (genre) + " --midi " + quoted (file.string());

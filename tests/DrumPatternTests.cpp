@@ -50,6 +50,8 @@ TEST (Genres, HaveTheirValuesNamesTemposAndLengths)
     };
     // clang-format on
 
+    static_assert (std::size (cases) == genreCount + 1, "a row for each genre, and one for what is none");
+
     std::uint32_t value = 0; // as hosts automate it and states store it
 
     for (const auto& [genre, name, tempoBpm, averageSongSeconds] : cases)

@@ -13,8 +13,10 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cstdlib>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
 
 namespace pulsewright
@@ -88,6 +90,32 @@ TEST (MidiExport, NamesFilesAndWritesThem)
     EXPECT_EQ (named ("groove.txt"), "groove.mid");
     EXPECT_EQ (midiExport::suggestedSongFile().getFileName(), "Pulsewright Song.mid");
     EXPECT_EQ (fileUri (juce::File (juce::CharPointer_UTF8 ("/tmp/a b%/\xc3\xbc.mid"))), "file:///tmp/a%20b%25/%C3%BC.mid");
+
+    // What the dialog hands back is a name, not a pattern, a format or a line.
+    std::string error;
+    for (const auto* odd : { "100% %s %n.mid", "it's \"so\".mid", "two\nlines.mid", " blank .mid", "\xc3\xbc\xe9\xbc\x93.mid", "-rf *.mid" })
+    {
+        const auto file = folder.getChildFile (juce::CharPointer_UTF8 (odd));
+        EXPECT_TRUE (midiExport::save (midiExport::withMidiExtension (file), DrumPattern {}, 90, error)) << odd << error;
+        EXPECT_GT (file.getSize(), 60) << odd;
+        EXPECT_TRUE (file.deleteFile()) << odd;
+    }
+
+    // Two hosts that drag the same take at once: each finds the whole file.
+    std::array<juce::File, 2> dragged;
+    std::array<std::thread, 2> hosts;
+    for (std::size_t i = 0; i < 2; ++i)
+        hosts[i] = std::thread (
+            [&file = dragged[i]]
+            {
+                std::string failure;
+                for (int times = 0; times < 200; ++times)
+                    file = midiExport::fileForDrag (DrumPattern {}, 90, failure);
+            });
+    for (auto& host : hosts)
+        host.join();
+    EXPECT_EQ (dragged[0], dragged[1]);
+    EXPECT_EQ (dragged[0].getSize(), static_cast<juce::int64> (MidiFileWriter::bytesOf (DrumPattern {}, 90).size()));
 
     Window window;
     auto pattern = window.processor.getPattern();

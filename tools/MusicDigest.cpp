@@ -150,6 +150,9 @@ namespace
 
     std::string digest()
     {
+        // Fixed, so that a later style or structure moves nothing of what stands before it.
+        constexpr std::uint32_t numMutatingGenres = 7, numSongStructures = 4;
+
         Lots lots;
         Group patterns, mutations, songs, files;
 
@@ -174,7 +177,7 @@ namespace
                     for (std::uint32_t locks = 0; locks < 16; ++locks)
                     {
                         // Drawn one after the other: compilers disagree about the order of arguments.
-                        const auto other = lots.settings (lots.below (genreCount));
+                        const auto other = lots.settings (lots.below (numMutatingGenres));
                         const auto seed  = lots.below (1000);
                         const LaneLocks held { (locks & 1) != 0, (locks & 2) != 0, (locks & 4) != 0, (locks & 8) != 0 };
                         mutations.add (GrooveGenerator::mutate (other, pattern, held, seed));
@@ -184,7 +187,7 @@ namespace
             for (std::uint32_t i = 0; i < 200; ++i)
             {
                 const auto settings = lots.settings (genre);
-                const auto song     = SongBuilder::buildSong (settings, static_cast<int> (lots.below (400)), i % (songStructureCount + 1));
+                const auto song     = SongBuilder::buildSong (settings, static_cast<int> (lots.below (400)), i % (numSongStructures + 1));
                 songs.add (song);
 
                 if (i % 20 == 0)

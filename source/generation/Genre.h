@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Tolm
 // SPDX-License-Identifier: AGPL-3.0-only
 
-// The seven styles that Pulsewright plays, and their names.
+// The styles that Pulsewright plays, and their names.
 
 #pragma once
 
@@ -25,7 +25,7 @@ enum class Genre : std::uint32_t
 
 inline constexpr std::uint32_t genreCount = 7;
 
-/** The display name, or "Unknown" for a value outside the seven. */
+/** The display name, or "Unknown" for a value that is none of them. */
 std::string_view nameOf (Genre genre) noexcept;
 
 } // namespace pulsewright

@@ -168,6 +168,8 @@ namespace
           .kicksAndSnares = electronicBeat, .openHats = offBeatOpenHats, .percussion = clubPercussion }
     }};
 
+    static_assert (! profiles.back().name.empty(), "a genre has no profile: one for each in Genre.h, in the same order");
+
     constexpr GenreProfile unknownProfile { .name = "Unknown", .tempoBpm = 120, .averageSongSeconds = 210, .closedHats = steadyHats };
 
     // clang-format on

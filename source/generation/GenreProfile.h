@@ -101,7 +101,7 @@ struct GenreProfile
     std::span<const Candidate> percussion {};
 };
 
-/** The profile of a genre; a value outside the seven gets a plain one, "Unknown", at 120 BPM. */
+/** The profile of a genre; a value that is none of them gets a plain one, "Unknown", at 120 BPM. */
 const GenreProfile& profileOf (Genre genre) noexcept;
 
 } // namespace pulsewright
