@@ -37,7 +37,7 @@ inline std::vector<NoteEvent> plainEventsOf (const PlaybackData& music, Repeat r
     const auto first  = looped ? std::floor (window.start / music.lengthInBeats) - 1 : 0.0;
     const auto last   = looped ? std::floor (window.end / music.lengthInBeats) + 1 : 0.0;
 
-    for (auto k = first; k <= last; ++k)
+    for (auto k = first; k <= last; ++k) // NOLINT(cert-flp30-c,clang-analyzer-security.FloatLoopCounter): whole numbers
         for (const auto& hit : hitsOf (music))
         {
             const auto t = k * music.lengthInBeats + hit.start;

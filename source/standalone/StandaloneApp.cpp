@@ -39,7 +39,8 @@ namespace
     }
 
 #if JUCE_LINUX
-    void ignoreAlsaError (const char*, int, const char*, int, const char*, ...)
+    void ignoreAlsaError (const char*, int, const char*, int, const char*, ...) // NOLINT(cert-dcl50-cpp): as the library calls it
+
     {}
 #endif
 } // namespace
@@ -49,8 +50,8 @@ class StandaloneApp final : public juce::JUCEApplication
 public:
     StandaloneApp() { settings.setStorageParameters (settingsFile()); }
 
-    const juce::String getApplicationName() override { return JucePlugin_Name; }
-    const juce::String getApplicationVersion() override { return JucePlugin_VersionString; }
+    const juce::String getApplicationName() override { return JucePlugin_Name; }             // NOLINT(readability-const-return-type): as in JUCE
+    const juce::String getApplicationVersion() override { return JucePlugin_VersionString; } // NOLINT(readability-const-return-type)
     bool moreThanOneInstanceAllowed() override { return true; }
 
     void initialise (const juce::String&) override
@@ -118,7 +119,7 @@ private:
 
 } // namespace pulsewright
 
-juce::JUCEApplicationBase* juce_CreateApplication();
+juce::JUCEApplicationBase* juce_CreateApplication(); // NOLINT(readability-identifier-naming): JUCE calls it by this name
 
 juce::JUCEApplicationBase* juce_CreateApplication()
 {
