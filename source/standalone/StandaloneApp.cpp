@@ -39,8 +39,8 @@ namespace
     }
 
 #if JUCE_LINUX
-    void ignoreAlsaError (const char*, int, const char*, int, const char*, ...) // NOLINT(cert-dcl50-cpp): as the library calls it
-
+    // NOLINTNEXTLINE(cert-dcl50-cpp): as the library calls it
+    void ignoreAlsaError (const char*, int, const char*, int, const char*, ...)
     {}
 #endif
 } // namespace
