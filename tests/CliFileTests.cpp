@@ -5,6 +5,8 @@
 
 #include "CliProgram.h"
 
+#include "generation/Genre.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>

@@ -29,7 +29,7 @@ namespace
         { "SYNCOPATION", parameterID::syncopation,  0.25, "Weight of off-beat kicks and percussion" },
         { "SWING",       parameterID::swing,        0.25, "Delay of odd sixteenths" },
         { "VARIATION",   parameterID::variation,    0.25, "Ghost notes, rolls and change from bar to bar" },
-        { "EXPERIMENT",  parameterID::experimental, 0.25, "Wandering toms, from 33 on" },
+        { "EXPERIMENT",  parameterID::experimental, 0.25, "Wandering toms, from 32 on" },
         { "TIMING",      parameterID::timing,       0.25, "Humanised timing" },
         { "VELOCITY",    parameterID::velocity,     0.25, "Humanised velocity" }
     }};

@@ -52,7 +52,7 @@ namespace
         { "--syncopation",            "Weight of off-beat kicks and percussion [0.42]" },
         { "--swing",                  "Delay of odd sixteenths [0.18]" },
         { "--variation",              "Ghost notes, rolls, change from bar to bar [0.35]" },
-        { "--experimental",           "The wandering toms, from 0.33 on [0.12]" },
+        { "--experimental",           "The wandering toms, from 0.32 on [0.12]" },
         { "--timing",                 "Humanised timing [0.16]" },
         { "--velocity",               "Humanised velocity [0.22]" },
         { "--kick-probability",       "Scales the chance of every kick [1]" },
