@@ -11,7 +11,6 @@
 #include <cstdio>
 #include <cstring>
 #include <map>
-#include <regex>
 #include <set>
 #include <sstream>
 #include <tuple>
@@ -118,26 +117,35 @@ TEST (Cli, BadWordsEndWithTheChoices)
     }
 }
 
+namespace
+{
+    std::set<std::string> optionsIn (const std::string& text)
+    {
+        std::set<std::string> options;
+
+        for (auto start = text.find ("--"); start != text.npos; start = text.find ("--", start + 2))
+            options.insert (text.substr (start, text.find_first_not_of ("abcdefghijklmnopqrstuvwxyz-", start) - start));
+
+        return options;
+    }
+} // namespace
+
 TEST (Cli, TheManualPageHasEveryOptionOfTheHelp)
 {
     std::ifstream file (PULSEWRIGHT_MANUAL_PAGE);
     std::string page (std::istreambuf_iterator<char> (file), {});
     page.erase (std::remove (page.begin(), page.end(), '\\'), page.end()); // before a minus, in roff
 
-    std::set<std::string> options;
-    const std::regex option ("--[a-z][a-z-]+");
+    const auto inPage = optionsIn (page);
+    EXPECT_GT (inPage.size(), 30u);
 
     for (const auto* line : { "--help", "pattern --help", "song --help", "window --help" })
     {
         const auto help = cli (line);
         EXPECT_EQ (help.exitCode, 0);
-        for (std::sregex_iterator found (help.output.begin(), help.output.end(), option), end; found != end; ++found)
-            options.insert (found->str());
+        for (const auto& option : optionsIn (help.output))
+            EXPECT_TRUE (inPage.contains (option)) << option;
     }
-
-    EXPECT_GT (options.size(), 30u);
-    for (const auto& name : options)
-        EXPECT_TRUE (std::regex_search (page, std::regex (name + "\\b(?!-)"))) << name;
 
     EXPECT_EQ (cli ("--version").output, "Pulsewright " PULSEWRIGHT_VERSION "\n");
 }
