@@ -11,6 +11,8 @@
 
 #include <gtest/gtest.h>
 
+#include <pluginterfaces/base/ipluginbase.h>
+
 #include <algorithm>
 #include <array>
 #include <atomic>
@@ -261,10 +263,13 @@ TEST (HostileHost, TheModuleLoadsAndUnloads)
 
         const auto enter   = reinterpret_cast<bool (*) (void*)> (dlsym (module, "ModuleEntry"));
         const auto leave   = reinterpret_cast<bool (*)()> (dlsym (module, "ModuleExit"));
-        const auto factory = reinterpret_cast<void* (*) ()> (dlsym (module, "GetPluginFactory"));
+        const auto factory = reinterpret_cast<Steinberg::IPluginFactory* (*) ()> (dlsym (module, "GetPluginFactory"));
         ASSERT_TRUE (enter != nullptr && leave != nullptr && factory != nullptr);
         ASSERT_TRUE (enter (module));
-        ASSERT_NE (factory(), nullptr);
+
+        auto* plugins = factory();
+        ASSERT_NE (plugins, nullptr);
+        plugins->release();
         ASSERT_TRUE (leave());
         dlclose (module);
     }
