@@ -6,6 +6,9 @@
 #include "MidiFileWriter.h"
 #include "PrivateFolder.h"
 
+#include <filesystem>
+#include <system_error>
+
 namespace pulsewright::midiExport
 {
 
@@ -29,7 +32,22 @@ namespace
             return {};
         }
 
-        return save (file, music, tempoBpm, errorText) ? file : juce::File();
+        // Beside it first: a host that still reads what was dragged of the same take before finds all of it.
+        const juce::TemporaryFile written (file);
+
+        if (! save (written.getFile(), music, tempoBpm, errorText))
+            return {};
+
+        std::error_code error;
+        std::filesystem::rename (written.getFile().getFullPathName().toStdString(), file.getFullPathName().toStdString(), error);
+
+        if (error)
+        {
+            errorText = MidiFileWriter::cannotOpenMessage;
+            return {};
+        }
+
+        return file;
     }
 } // namespace
 
