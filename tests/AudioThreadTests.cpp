@@ -4,6 +4,7 @@
 // The audio thread waits for nobody and keeps its hands off the heap.
 
 #include "AudioThreadWatch.h"
+#include "StateBytes.h"
 #include "TransportPlayHead.h"
 
 #include "processor/PulsewrightAudioProcessor.h"
@@ -11,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <random>
@@ -83,30 +85,21 @@ TEST (AudioThread, NeitherAllocatesNorLocksNorCallsTheSystem)
         [&]
         {
             std::mt19937 dice (1);
-            juce::MemoryBlock saved;
+            const std::vector<std::function<void()>> requests {
+                [&] { processor.generatePattern (SectionType::verse); },
+                [&] { processor.generatePattern (SectionType::fill); },
+                [&] { processor.mutatePattern(); },
+                [&] { processor.regeneratePattern(); },
+                [&] { processor.buildSong(); },
+                [&] { processor.selectSection (static_cast<int> (dice() % 9)); },
+                [&] { processor.setLaneLocked (static_cast<int> (dice() % 4), dice() % 2 == 0); },
+                [&] { dice() % 2 == 0 ? static_cast<void> (processor.startPreview()) : processor.stopPreview(); },
+                [&] { processor.getParameters()[static_cast<int> (dice() % 18)]->setValueNotifyingHost (static_cast<float> (dice() % 100) / 99.0f); },
+                [&] { restore (processor, saved (processor)); }
+            };
 
-            while (! stop)
-            {
-                switch (dice() % 10)
-                {
-                    case 0: processor.generatePattern (SectionType::verse); break;
-                    case 1: processor.generatePattern (SectionType::fill); break;
-                    case 2: processor.mutatePattern(); break;
-                    case 3: processor.regeneratePattern(); break;
-                    case 4: processor.buildSong(); break;
-                    case 5: processor.selectSection (static_cast<int> (dice() % 9)); break;
-                    case 6: processor.setLaneLocked (static_cast<int> (dice() % 4), dice() % 2 == 0); break;
-                    case 7: dice() % 2 == 0 ? static_cast<void> (processor.startPreview()) : processor.stopPreview(); break;
-                    case 8:
-                        processor.getParameters()[static_cast<int> (dice() % 18)]->setValueNotifyingHost (static_cast<float> (dice() % 100) / 99.0f);
-                        break;
-                    case 9:
-                        processor.getStateInformation (saved);
-                        processor.setStateInformation (saved.getData(), static_cast<int> (saved.getSize()));
-                        break;
-                }
-                ++changes;
-            }
+            for (; ! stop; ++changes)
+                requests[dice() % requests.size()]();
         });
 
     std::size_t events = 0;

@@ -18,31 +18,28 @@
 namespace pulsewright
 {
 
-TEST (Cli, GivesTheReferencePatterns)
+TEST (Cli, GivesTheReferenceMusic)
 {
-    const auto cases = reference::readCases ("patterns.json");
+    const auto cases  = reference::readCases ("patterns.json");
+    const auto option = [] (std::string name, const nlohmann::json& value)
+    {
+        for (const auto* lane : { "kick", "snare", "hats", "perc" })
+            if (name == lane)
+                name += name == "perc" ? "ussion-probability" : "-probability";
+        return " --" + name + " " + value.dump();
+    };
 
     for (const auto& c : cases.at ("patterns"))
     {
         std::string arguments = "pattern";
         for (const auto* key : { "genre", "section", "bars", "seed", "salt" })
-            arguments += " --" + std::string (key) + " " + c.at (key).dump();
-
-        const std::map<std::string, std::string> longNames { { "kick", "kick-probability" },
-                                                             { "snare", "snare-probability" },
-                                                             { "hats", "hats-probability" },
-                                                             { "perc", "percussion-probability" } };
+            arguments += option (key, c.at (key));
         for (const auto& [key, value] : c.at ("settings").items())
-            arguments += " --" + (longNames.contains (key) ? longNames.at (key) : key) + " " + value.dump();
+            arguments += option (key, value);
 
         SCOPED_TRACE (arguments);
         reference::expectPattern (patternFrom (jsonFrom (arguments)), c.at ("pattern"));
     }
-}
-
-TEST (Cli, GivesTheReferenceMutationsAndSongs)
-{
-    const auto cases = reference::readCases ("patterns.json");
 
     for (const auto& c : cases.at ("mutations"))
     {
@@ -59,7 +56,7 @@ TEST (Cli, GivesTheReferenceMutationsAndSongs)
     {
         std::string arguments = "song";
         for (const auto* key : { "genre", "structure", "bars", "salt" })
-            arguments += " --" + std::string (key) + " " + c.at (key).dump();
+            arguments += option (key, c.at (key));
         reference::expectSong (songFrom (jsonFrom (arguments)), c);
     }
 }

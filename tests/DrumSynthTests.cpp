@@ -7,7 +7,7 @@
 #include "processor/DrumSynth.h"
 
 #include <cmath>
-#include <cstdio>
+#include <memory>
 
 namespace pulsewright
 {
@@ -78,7 +78,6 @@ TEST_P (StrokesWithKernels, AreThePlainOnes)
     constexpr int blockSize = 480;
     juce::AudioBuffer<float> block (2, blockSize);
     std::array<std::array<float, blockSize>, 2> expected;
-    float worst = 0.0f;
 
     for (const double sampleRate : { 0.0, 22050.0, 44100.0, 48000.0, 96000.0, 384000.0 })
     {
@@ -106,7 +105,7 @@ TEST_P (StrokesWithKernels, AreThePlainOnes)
                             {
                                 const float plain = expected[side][static_cast<std::size_t> (i)];
                                 const float ours  = block.getSample (static_cast<int> (side), i);
-                                worst             = std::max (worst, std::abs (plain - ours));
+                                ASSERT_NEAR (plain, ours, 1e-6f) << "note " << note << ", rate " << sampleRate;
                                 ASSERT_EQ (plain == 0.0f, ours == 0.0f) << "begins or ends elsewhere: note " << note << ", rate " << sampleRate;
                             }
 
@@ -114,10 +113,6 @@ TEST_P (StrokesWithKernels, AreThePlainOnes)
                     }
                 }
     }
-
-    EXPECT_LE (worst, 1e-6f);
-    RecordProperty ("LargestDifference", juce::String (worst).toStdString());
-    std::printf ("%s: at most %.2g from the plain form\n", GetParam()->name, static_cast<double> (worst));
 }
 
 TEST_P (StrokesWithKernels, AreTheSameForAllBlocksAndSampleTypes)
@@ -125,7 +120,7 @@ TEST_P (StrokesWithKernels, AreTheSameForAllBlocksAndSampleTypes)
     constexpr int length = 60000;
     juce::MidiBuffer midi;
 
-    for (int i = 0; i < 90; ++i) // more strokes than voices
+    for (int i = 0; i < 90; ++i) // more strokes than voices: the later ones take the first ones' places
         midi.addEvent (juce::MidiMessage::noteOn (1 + i % 16, 30 + i % 30, static_cast<juce::uint8> (1 + i)), i * 53);
 
     const auto whole  = render (midi, 2, length, 2, *GetParam());
@@ -133,11 +128,9 @@ TEST_P (StrokesWithKernels, AreTheSameForAllBlocksAndSampleTypes)
     const auto narrow = render (midi, 2, length, 1, *GetParam());
 
     // And whatever the host makes of denormal numbers: none occur.
-    const auto flushed = [&]
-    {
-        const juce::ScopedNoDenormals noDenormals;
-        return render (midi, 2, length, 2, *GetParam());
-    }();
+    auto noDenormals   = std::make_unique<juce::ScopedNoDenormals>();
+    const auto flushed = render (midi, 2, length, 2, *GetParam());
+    noDenormals.reset();
 
     DrumSynth synth;
     synth.setKernels (*GetParam());
@@ -153,8 +146,19 @@ TEST_P (StrokesWithKernels, AreTheSameForAllBlocksAndSampleTypes)
         synth.render (block, blockMidi, 2);
     }
 
+    plain::DrumKit kit (rate);
+    auto stroke = midi.begin();
+
     for (int i = 0; i < length; ++i)
     {
+        for (; stroke != midi.end() && (*stroke).samplePosition == i; ++stroke)
+            kit.start ((*stroke).getMessage().getNoteNumber(), (*stroke).getMessage().getVelocity(), 2);
+
+        float left = 0.0f, right = 0.0f;
+        kit.render (&left, &right, 1);
+        ASSERT_NEAR (whole.getSample (0, i), left, 1e-5f) << i;
+        ASSERT_NEAR (whole.getSample (1, i), right, 1e-5f) << i;
+
         ASSERT_EQ (split.getSample (0, i), whole.getSample (0, i)) << i;
         ASSERT_EQ (split.getSample (1, i), whole.getSample (1, i)) << i;
         ASSERT_EQ (flushed.getSample (0, i), whole.getSample (0, i)) << i;
@@ -184,42 +188,10 @@ TEST (KitTables, ClocksAreSums)
     }
 }
 
-TEST (DrumSynth, TheSixtyFifthStrokeTakesTheFirstOnesPlace)
-{
-    juce::MidiBuffer midi;
-    for (int stroke = 1; stroke <= 65; ++stroke)
-        midi.addEvent (juce::MidiMessage::noteOn (10, 38, static_cast<juce::uint8> (1)), 0);
-
-    plain::DrumKit kit (rate);
-    for (int stroke = 1; stroke <= 65; ++stroke)
-        kit.start (38, 1, 0);
-
-    std::array<float, 64> left, right;
-    kit.render (left.data(), right.data(), 64);
-    const auto buffer = render (midi, 0, 64);
-
-    for (int i = 0; i < 64; ++i)
-        ASSERT_NEAR (buffer.getSample (0, i), left[static_cast<std::size_t> (i)], 2e-6f) << i;
-}
-
-TEST (DrumSynth, StartsAtTheSampleAndLeansToItsSide)
-{
-    // Right against left: the same for notes in the middle, 1.18 to 0.82 for odd percussion, and the
-    // other way round for even notes from 41 up.
-    const std::map<int, double> leanings { { 36, 1.0 },         { 38, 1.0 },         { 40, 1.0 },         { 42, 0.82 / 1.18 },
-                                           { 46, 0.82 / 1.18 }, { 45, 1.18 / 0.82 }, { 41, 1.18 / 0.82 }, { 39, 1.0 } };
-
-    for (const auto& [note, leaning] : leanings)
-    {
-        const auto buffer = render (noteAt (17, note), 0, 64);
-        EXPECT_TRUE (isSilent (buffer, 0, 17)) << note;
-        EXPECT_NE (buffer.getSample (0, 17), 0.0f) << note;
-        EXPECT_NEAR (std::atanh (buffer.getSample (1, 17)) / std::atanh (buffer.getSample (0, 17)), leaning, 1e-4) << note;
-    }
-}
-
 TEST (DrumSynth, OnlyNoteOnsSound)
 {
+    EXPECT_TRUE (DrumSound::of (39, 0).pan == 0.0f && DrumSound::of (41, 0).pan == -DrumSound::of (42, 0).pan) << "panned from 41 up";
+
     juce::MidiBuffer midi;
     midi.addEvent (juce::MidiMessage (0x99, 36, 0), 0); // a note-on with velocity 0 is a note-off
     midi.addEvent (juce::MidiMessage::noteOff (10, 36), 1);

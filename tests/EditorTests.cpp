@@ -30,16 +30,6 @@ namespace
     using Editor = PulsewrightAudioProcessorEditor;
     using Bounds = juce::Rectangle<int>;
 
-    void runFor (int milliseconds)
-    {
-        juce::MessageManager::getInstance()->runDispatchLoopUntil (milliseconds);
-    }
-
-    void click (juce::Component& editor, const char* title)
-    {
-        find<juce::Button> (editor, title).onClick();
-    }
-
     void set (PulsewrightAudioProcessor& processor, const char* id, float plainValue)
     {
         auto* parameter = processor.parameters.getParameter (id);
@@ -84,19 +74,19 @@ TEST (EditorLayout, FollowsTheArithmetic)
 
 TEST (Editor, PutsItsChildrenThere)
 {
-    Window window;
+    EditorWindow window;
     EXPECT_EQ (window.editor->getBounds(), Bounds (0, 0, 1120, 840));
 
     for (const auto& [width, height] : { std::pair { 900, 720 }, { 1120, 840 }, { 1500, 1050 } })
     {
         window.editor->setSize (width, height);
         const EditorLayout layout (width, height, 8);
-        EXPECT_EQ (find (*window.editor, "Style").getBounds(), layout.style.control);
-        EXPECT_EQ (find (*window.editor, "velocity").getBounds(), layout.macros[7].control);
-        EXPECT_EQ (find (*window.editor, "Percussion probability").getBounds(), layout.lanes[3].control);
-        EXPECT_EQ (find (*window.editor, "Section OUTRO").getBounds(), layout.sections[7]);
-        EXPECT_EQ (find (*window.editor, "Drag full song MIDI").getBounds(), layout.songDragButton);
-        EXPECT_EQ (find (*window.editor, "Pattern").getBounds(), layout.grid);
+        EXPECT_EQ (window.find ("Style").getBounds(), layout.style.control);
+        EXPECT_EQ (window.find ("velocity").getBounds(), layout.macros[7].control);
+        EXPECT_EQ (window.find ("Percussion probability").getBounds(), layout.lanes[3].control);
+        EXPECT_EQ (window.find ("Section OUTRO").getBounds(), layout.sections[7]);
+        EXPECT_EQ (window.find ("Drag full song MIDI").getBounds(), layout.songDragButton);
+        EXPECT_EQ (window.find ("Pattern").getBounds(), layout.grid);
     }
 
     window.editor->setBoundsConstrained ({ 0, 0, 3000, 3000 });
@@ -106,11 +96,11 @@ TEST (Editor, PutsItsChildrenThere)
     window.editor->setSize (1500, 1050);
 
     // Fewer sections share the row; the buttons that are left over are hidden and stay where they are.
-    const auto before = find (*window.editor, "Section OUTRO").getBounds();
+    const auto before = window.find ("Section OUTRO").getBounds();
     set (window.processor, parameterID::songStructure, 3.0f);
     runFor (200);
-    EXPECT_EQ (find (*window.editor, "Section MAIN B").getBounds(), EditorLayout (1500, 1050, 4).sections[2]);
-    EXPECT_TRUE (find (*window.editor, "Section MAIN B").isVisible());
+    EXPECT_EQ (window.find ("Section MAIN B").getBounds(), EditorLayout (1500, 1050, 4).sections[2]);
+    EXPECT_TRUE (window.find ("Section MAIN B").isVisible());
 
     int hidden = 0;
     for (auto* child : window.editor->getChildren())
@@ -120,7 +110,7 @@ TEST (Editor, PutsItsChildrenThere)
 
 TEST (Editor, DrawsWhatItShows)
 {
-    Window window;
+    EditorWindow window;
     DrumPattern pattern;
     pattern.bars = 1;
     pattern.name = "";
@@ -147,14 +137,14 @@ TEST (Editor, DrawsWhatItShows)
         if (auto* label = dynamic_cast<juce::Label*> (child))
             showsTempo = showsTempo || label->getText() == "90 BPM  |  MIDI OUT CH 10  |  C4-G4 TRIGGER SECTIONS";
     EXPECT_TRUE (showsTempo);
-    EXPECT_EQ (find<juce::TextButton> (*window.editor, "Section INTRO").getButtonText(), "INTRO");
-    EXPECT_EQ (find (*window.editor, "Pattern").getDescription(), "CURRENT PATTERN, 1 bars  /  2 notes");
+    EXPECT_EQ (window.find<juce::TextButton> ("Section INTRO").getButtonText(), "INTRO");
+    EXPECT_EQ (window.find ("Pattern").getDescription(), "CURRENT PATTERN, 1 bars  /  2 notes");
 }
 
 //==============================================================================
 TEST (Editor, ChoicesBuildSongsAndOpeningChangesNothing)
 {
-    Window window;
+    EditorWindow window;
     auto& processor = window.processor;
     processor.selectSection (4);
     window.editor.reset();
@@ -167,13 +157,13 @@ TEST (Editor, ChoicesBuildSongsAndOpeningChangesNothing)
     EXPECT_EQ (processor.getPattern(), pattern);
 
     // By hand, and by the host's automation.
-    find<juce::ComboBox> (*window.editor, "Style").setSelectedItemIndex (3, juce::sendNotificationSync);
+    window.find<juce::ComboBox> ("Style").setSelectedItemIndex (3, juce::sendNotificationSync);
     EXPECT_EQ (processor.getSeedCounter(), 2u);
     EXPECT_EQ (processor.getPattern().name, "Intro");
     set (processor, parameterID::songStructure, 2.0f);
     runFor (50);
     EXPECT_EQ (processor.getSong().sections.size(), 6u);
-    find<juce::ComboBox> (*window.editor, "Song duration").setSelectedItemIndex (1, juce::sendNotificationSync);
+    window.find<juce::ComboBox> ("Song duration").setSelectedItemIndex (1, juce::sendNotificationSync);
     EXPECT_EQ (processor.getSeedCounter(), 4u);
     EXPECT_EQ (processor.getSong().totalBars, 64u);
 
@@ -187,8 +177,8 @@ TEST (Editor, ChoicesBuildSongsAndOpeningChangesNothing)
 
 TEST (Editor, KnobsRegenerateOnceTheyRest)
 {
-    Window window;
-    auto& density      = find<PercentSlider> (*window.editor, "density");
+    EditorWindow window;
+    auto& density      = window.find<PercentSlider> ("density");
     const auto changes = window.processor.getChangeCounter();
 
     for (int i = 0; i < 10; ++i)
@@ -201,7 +191,7 @@ TEST (Editor, KnobsRegenerateOnceTheyRest)
     EXPECT_EQ (window.processor.getChangeCounter(), changes + 1);
 
     // A mutation moves the knobs, and so it gives way to the refresh.
-    click (*window.editor, "Mutate");
+    window.find<juce::Button> ("Mutate").onClick();
     EXPECT_EQ (window.processor.getPattern().name, "Boom Bap Verse Mutated");
     runFor (300);
     EXPECT_EQ (window.processor.getPattern().name, "Boom Bap Verse");
@@ -221,7 +211,7 @@ TEST (Editor, ARestoreIsNoOnesChoice)
 
     for (const bool fromAnotherThread : { false, true })
     {
-        Window window;
+        EditorWindow window;
         runFor (200);
 
         if (fromAnotherThread)
@@ -237,10 +227,10 @@ TEST (Editor, ARestoreIsNoOnesChoice)
         EXPECT_EQ (window.processor.getSong(), expected.getSong());
 
         // What it shows has followed, and choices are choices again.
-        EXPECT_TRUE (find<juce::ToggleButton> (*window.editor, "lock snare").getToggleState());
-        EXPECT_NEAR (find<PercentSlider> (*window.editor, "swing").getValue(), 0.7, 1e-6);
-        find<juce::ComboBox> (*window.editor, "Style").setSelectedItemIndex (0, juce::sendNotificationSync);
-        find<PercentSlider> (*window.editor, "swing").setValue (0.2, juce::sendNotificationSync);
+        EXPECT_TRUE (window.find<juce::ToggleButton> ("lock snare").getToggleState());
+        EXPECT_NEAR (window.find<PercentSlider> ("swing").getValue(), 0.7, 1e-6);
+        window.find<juce::ComboBox> ("Style").setSelectedItemIndex (0, juce::sendNotificationSync);
+        window.find<PercentSlider> ("swing").setValue (0.2, juce::sendNotificationSync);
         EXPECT_EQ (window.processor.getSeedCounter(), 4u);
         runFor (300);
         EXPECT_EQ (window.processor.getChangeCounter(), changes + 2);
@@ -249,8 +239,8 @@ TEST (Editor, ARestoreIsNoOnesChoice)
 
 TEST (Editor, TheDurationBoxShowsTheLengthAndKeepsItsChoice)
 {
-    Window window;
-    auto& box = find<juce::ComboBox> (*window.editor, "Song duration");
+    EditorWindow window;
+    auto& box = window.find<juce::ComboBox> ("Song duration");
     EXPECT_EQ (box.getText(), "GENRE AVG  3:30  /  80 BARS");
     EXPECT_EQ (box.getSelectedId(), 1);
 
@@ -267,9 +257,9 @@ TEST (Editor, TheDurationBoxShowsTheLengthAndKeepsItsChoice)
 //==============================================================================
 TEST (Editor, KnobsSpeakInWholePercentages)
 {
-    Window window;
-    auto& density = find<PercentSlider> (*window.editor, "density");
-    auto& energy  = find<PercentSlider> (*window.editor, "energy");
+    EditorWindow window;
+    auto& density = window.find<PercentSlider> ("density");
+    auto& energy  = window.find<PercentSlider> ("energy");
 
     EXPECT_EQ (density.getTextFromValue (0.125), "12");
     EXPECT_EQ (density.getTextFromValue (0.375), "38");
@@ -286,7 +276,7 @@ TEST (Editor, KnobsSpeakInWholePercentages)
 
 TEST (Editor, EveryControlCanBeReachedAndHasAName)
 {
-    Window window;
+    EditorWindow window;
     std::set<int> order;
     std::set<juce::String> titles;
     int focusable = 0;

@@ -13,7 +13,6 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <cstdlib>
 #include <sys/stat.h>
 #include <thread>
@@ -24,60 +23,36 @@ namespace pulsewright
 
 TEST (MidiDragButton, StartsOneDragSixPixelsAway)
 {
-    int filesMade = 0, drags = 0;
     auto file = juce::File::createTempFile (".mid");
+    juce::String log;
     MidiDragButton button ("DRAG",
                            [&]
                            {
-                               ++filesMade;
+                               log << "file ";
                                return file;
                            });
     button.setSize (100, 40);
-    button.startDrag = [&] (const juce::File& dragged)
+    button.startDrag = [&] (const juce::File& dragged) { log << (dragged == file ? "drag " : "another file "); };
+
+    const auto mouse = juce::Desktop::getInstance().getMainMouseSource();
+    const auto at    = [&] (juce::Point<float> place)
+    { return juce::MouseEvent (mouse, place, juce::ModifierKeys::leftButtonModifier, 0, 0, 0, 0, 0, &button, &button, {}, {}, {}, 1, true); };
+
+    const auto logOf = [&] (std::initializer_list<juce::Point<float>> way)
     {
-        EXPECT_EQ (dragged, file);
-        ++drags;
+        log.clear();
+        button.mouseDown (at ({}));
+        for (const auto& place : way)
+            button.mouseDrag (at (place));
+        return log;
     };
 
-    const auto event = [&] (float x, float y)
-    {
-        const juce::Point<float> start (10, 10);
-        return juce::MouseEvent (juce::Desktop::getInstance().getMainMouseSource(),
-                                 { 10 + x, 10 + y },
-                                 juce::ModifierKeys::leftButtonModifier,
-                                 0,
-                                 0,
-                                 0,
-                                 0,
-                                 0,
-                                 &button,
-                                 &button,
-                                 {},
-                                 start,
-                                 {},
-                                 1,
-                                 true);
-    };
-
-    // One press: no file yet where nothing was written, and none before the sixth pixel.
-    button.mouseDown (event (0, 0));
-    button.mouseDrag (event (5, 0));
-    button.mouseDrag (event (4, 3.7f)); // 5.45, rounded
-    EXPECT_EQ (filesMade, 0);
-    button.mouseDrag (event (6, 0));
-    button.mouseDrag (event (60, 0));
-    EXPECT_EQ (std::pair (filesMade, drags), std::pair (1, 0)) << "a file that does not exist is not dragged";
-
+    EXPECT_EQ (logOf ({ { 5, 0 }, { 4, 3.7f } }), "") << "5.45 pixels";
+    EXPECT_EQ (logOf ({ { 4, 3.8f }, { 60, 0 } }), "file ") << "a file that does not exist is not dragged";
     file.create();
-    button.mouseDown (event (0, 0));
-    button.mouseDrag (event (4, 3.8f)); // 5.52
-    button.mouseDrag (event (70, 0));
-    EXPECT_EQ (std::pair (filesMade, drags), std::pair (2, 1));
-
+    EXPECT_EQ (logOf ({ { 4, 3.8f }, { 60, 0 } }), "file drag ") << "5.52 pixels, and once a press";
     file = juce::File();
-    button.mouseDown (event (0, 0));
-    button.mouseDrag (event (70, 0));
-    EXPECT_EQ (std::pair (filesMade, drags), std::pair (3, 1));
+    EXPECT_EQ (logOf ({ { 70, 0 } }), "file ");
     EXPECT_EQ (button.getTooltip(), "Drag this button into the DAW arrangement");
 }
 
@@ -102,22 +77,17 @@ TEST (MidiExport, NamesFilesAndWritesThem)
     }
 
     // Two hosts that drag the same take at once: each finds the whole file.
-    std::array<juce::File, 2> dragged;
-    std::array<std::thread, 2> hosts;
-    for (std::size_t i = 0; i < 2; ++i)
-        hosts[i] = std::thread (
-            [&file = dragged[i]]
-            {
-                std::string failure;
-                for (int times = 0; times < 200; ++times)
-                    file = midiExport::fileForDrag (DrumPattern {}, 90, failure);
-            });
-    for (auto& host : hosts)
-        host.join();
-    EXPECT_EQ (dragged[0], dragged[1]);
-    EXPECT_EQ (dragged[0].getSize(), static_cast<juce::int64> (MidiFileWriter::bytesOf (DrumPattern {}, 90).size()));
+    const auto dragOften = []
+    {
+        std::string failure;
+        for (int times = 0; times < 200; ++times)
+            EXPECT_EQ (bytesIn (midiExport::fileForDrag (DrumPattern {}, 90, failure)), MidiFileWriter::bytesOf (DrumPattern {}, 90)) << failure;
+    };
+    std::thread other (dragOften);
+    dragOften();
+    other.join();
 
-    Window window;
+    EditorWindow window;
     auto pattern = window.processor.getPattern();
     pattern.seed = 4294967295u;
     auto song    = window.processor.getSong();
@@ -126,15 +96,10 @@ TEST (MidiExport, NamesFilesAndWritesThem)
     for (const bool isSong : { true, false })
     {
         const auto file = window.editor->createDragMidiFile (isSong);
-        juce::MemoryBlock bytes;
-        ASSERT_TRUE (file.loadFileAsData (bytes));
-        const auto expected = isSong ? MidiFileWriter::bytesOf (song, 90) : MidiFileWriter::bytesOf (pattern, 90);
-        EXPECT_EQ (bytes, juce::MemoryBlock (expected.data(), expected.size()));
-        EXPECT_EQ (file.getFileName(),
-                   isSong ? "Pulsewright Song " + juce::String (song.seed) + ".mid" : juce::String ("Pulsewright Pattern 4294967295.mid"));
-        EXPECT_TRUE (find<juce::TextButton> (*window.editor, isSong ? "Drag full song MIDI" : "Drag pattern MIDI")
-                         .getTooltip()
-                         .endsWith (file.getFullPathName()));
+        EXPECT_EQ (bytesIn (file), isSong ? MidiFileWriter::bytesOf (song, 90) : MidiFileWriter::bytesOf (pattern, 90));
+        EXPECT_EQ (file.getFileName(), isSong ? "Pulsewright Song " + juce::String (song.seed) + ".mid" : "Pulsewright Pattern 4294967295.mid");
+        EXPECT_TRUE (
+            window.find<juce::TextButton> (isSong ? "Drag full song MIDI" : "Drag pattern MIDI").getTooltip().endsWith (file.getFullPathName()));
     }
 }
 
@@ -148,39 +113,40 @@ TEST (MidiExport, DragsThroughNobodyElsesFolder)
     precious.createDirectory();
     setenv ("TMPDIR", scratch.getFullPathName().toRawUTF8(), 1);
 
+    const auto path = folder.getFullPathName().toStdString();
+
     struct Case
     {
         const char* what;
         bool isDragged;
-        std::function<void()> prepare;
+        std::function<bool()> prepare;
     };
 
-    const Case cases[] { { "nothing there", true, [] {} },
-                         { "a link", false, [&] { precious.createSymbolicLink (folder, true); } },
-                         { "a file", false, [&] { folder.replaceWithText ("in the way"); } },
-                         { "ours, but open to all",
-                           false,
-                           [&] { EXPECT_TRUE (folder.createDirectory() && chmod (folder.getFullPathName().toRawUTF8(), 0777) == 0); } },
-                         { "somebody else's", false, [&] {
-                              EXPECT_TRUE (folder.createDirectory() && chown (folder.getFullPathName().toRawUTF8(), 65534, 65534) == 0);
-                          } } };
+    const Case cases[] { { "nothing there", true, [] { return true; } },
+                         { "a link", false, [&] { return precious.createSymbolicLink (folder, true); } },
+                         { "a file", false, [&] { return folder.replaceWithText ("in the way"); } },
+                         { "ours, but open to all", false, [&] { return mkdir (path.c_str(), 0755) == 0 && chmod (path.c_str(), 0777) == 0; } },
+                         { "somebody else's", false, [&] { return mkdir (path.c_str(), 0755) == 0 && chown (path.c_str(), 65534, 65534) == 0; } } };
 
-    Window window;
+    EditorWindow window;
 
     for (const auto& [what, isDragged, prepare] : cases)
     {
-        if (what == std::string ("somebody else's") && geteuid() != 0)
-            continue; // only root can give a folder away
+        if (! prepare())
+        {
+            EXPECT_NE (geteuid(), 0u) << what; // only root can give a folder away
+            folder.deleteFile();
+            continue;
+        }
 
-        prepare();
         const auto file = window.editor->createDragMidiFile (false);
         EXPECT_EQ (file != juce::File() && file.existsAsFile(), isDragged) << what;
-        EXPECT_EQ (find<juce::TextButton> (*window.editor, "Drag pattern MIDI").getTooltip().contains ("Could not open"), ! isDragged) << what;
+        EXPECT_EQ (window.find<juce::TextButton> ("Drag pattern MIDI").getTooltip().contains ("Could not open"), ! isDragged) << what;
         EXPECT_EQ (precious.getNumberOfChildFiles (juce::File::findFiles), 0) << what;
 
         struct stat info
         {};
-        EXPECT_TRUE (! isDragged || (stat (folder.getFullPathName().toRawUTF8(), &info) == 0 && (info.st_mode & 0022) == 0)) << what;
+        EXPECT_TRUE (! isDragged || (stat (path.c_str(), &info) == 0 && (info.st_mode & 0022) == 0)) << what;
         folder.deleteFile();
         folder.deleteRecursively();
     }

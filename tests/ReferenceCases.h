@@ -12,6 +12,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
@@ -42,18 +44,13 @@ inline GenerationSettings settingsOf (const nlohmann::json& c)
     settings.seed  = c.at ("salt").get<std::uint32_t>();
 
     if (const auto values = c.find ("settings"); values != c.end())
-        settings.setValues ({ values->at ("density"),
-                              values->at ("energy"),
-                              values->at ("syncopation"),
-                              values->at ("swing"),
-                              values->at ("variation"),
-                              values->at ("experimental"),
-                              values->at ("timing"),
-                              values->at ("velocity"),
-                              values->at ("kick"),
-                              values->at ("snare"),
-                              values->at ("hats"),
-                              values->at ("perc") });
+    {
+        constexpr std::array names { "density", "energy",   "syncopation", "swing", "variation", "experimental",
+                                     "timing",  "velocity", "kick",        "snare", "hats",      "perc" };
+        std::array<float, names.size()> all {};
+        std::ranges::transform (names, all.begin(), [&] (const char* name) { return values->at (name).get<float>(); });
+        settings.setValues (all);
+    }
 
     return settings;
 }

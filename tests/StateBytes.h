@@ -52,22 +52,6 @@ inline juce::MemoryBlock hostStateWith (juce::MemoryBlock pluginBytes)
     return state;
 }
 
-/** The plug-in's own bytes out of a host's save, without the wrapper's trailer. */
-inline juce::MemoryBlock pluginStateIn (const juce::MemoryBlock& hostState)
-{
-    juce::MemoryBlock bytes;
-
-    if (const auto xml = juce::AudioProcessor::getXmlFromBinary (hostState.getData(), static_cast<int> (hostState.getSize())))
-        bytes.fromBase64Encoding (xml->getChildElementAllSubText ("IComponent", {}));
-
-    // The trailer ends with the length of what the wrapper keeps and its name; eight zero bytes stand before it all.
-    constexpr std::size_t nameLength = 15, numberLength = 8;
-    juce::int64 kept = 0;
-    bytes.copyTo (&kept, static_cast<int> (bytes.getSize() - nameLength - numberLength), numberLength);
-    bytes.setSize (bytes.getSize() - nameLength - 2 * numberLength - static_cast<std::size_t> (juce::ByteOrder::swapIfBigEndian (kept)));
-    return bytes;
-}
-
 inline juce::String parameterElement (const char* id, const juce::String& value)
 {
     return "<PARAM id=\"" + juce::String (id) + "\" value=\"" + value + "\"/>";

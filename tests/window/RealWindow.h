@@ -5,24 +5,12 @@
 
 #pragma once
 
-#include "editor/PulsewrightAudioProcessorEditor.h"
+#include "EditorWindow.h"
 
 #include <gtest/gtest.h>
 
-#include <memory>
-#include <stdexcept>
-
 namespace pulsewright
 {
-
-/** Lets the window live. Counted in rounds, not by the clock: each handles all that has arrived, however
-    busy the machine is.
-*/
-inline void runFor (int milliseconds)
-{
-    for (int i = 0; i < milliseconds; i += 10)
-        juce::MessageManager::getInstance()->runDispatchLoopUntil (10);
-}
 
 template <typename Condition>
 [[nodiscard]] bool comesTrue (Condition&& condition)
@@ -44,7 +32,7 @@ inline void run (const juce::String& command)
     runFor (50);
 }
 
-class Window : public testing::Test, private juce::MouseListener
+class Window : public testing::Test, protected EditorWindow, private juce::MouseListener
 {
 protected:
     Window()
@@ -55,16 +43,6 @@ protected:
         editor->setVisible (true);
         run ("xdotool mousemove 1100 140");
         EXPECT_TRUE (comesTrue ([this] { return editor->isMouseOver (true); })) << "the window is not shown";
-    }
-
-    template <typename Control = juce::Component>
-    Control& find (const juce::String& title)
-    {
-        for (auto* child : editor->getChildren())
-            if (child->getTitle() == title)
-                return dynamic_cast<Control&> (*child);
-
-        throw std::runtime_error ("no control is called " + title.toStdString());
     }
 
     /** Puts the pointer on a control and waits until the window has noticed. */
@@ -111,9 +89,6 @@ protected:
         run ("xdotool key --delay 30 " + keys);
         runFor (100);
     }
-
-    PulsewrightAudioProcessor processor;
-    std::unique_ptr<PulsewrightAudioProcessorEditor> editor = std::make_unique<PulsewrightAudioProcessorEditor> (processor);
 
 private:
     void mouseDown (const juce::MouseEvent&) override { ++presses; }

@@ -45,18 +45,6 @@ namespace
     {
         return juce::File::getSpecialLocation (juce::File::userHomeDirectory).getChildFile (name);
     }
-
-    juce::MemoryBlock asBlock (const std::vector<std::uint8_t>& bytes)
-    {
-        return { bytes.data(), bytes.size() };
-    }
-
-    juce::MemoryBlock contentOf (const juce::File& file)
-    {
-        juce::MemoryBlock block;
-        file.loadFileAsData (block);
-        return block;
-    }
 } // namespace
 
 TEST_F (Window, ClicksDoWhatTheButtonsSay)
@@ -178,7 +166,7 @@ TEST_F (Window, TheKeyboardIsEnough)
     press ("Return");
     EXPECT_TRUE (comesTrue ([&] { return target.existsAsFile(); }));
     runFor (100);
-    EXPECT_EQ (contentOf (target), asBlock (MidiFileWriter::bytesOf (processor.getSong(), processor.getEffectiveBpm())));
+    EXPECT_EQ (bytesIn (target), MidiFileWriter::bytesOf (processor.getSong(), processor.getEffectiveBpm()));
 
     // Every control that is shown is one stop, and round again.
     auto* first = focused();
@@ -227,8 +215,7 @@ TEST_F (Window, DropsArrive)
         const auto uri = dropAtReceiver (isSong ? "Drag full song MIDI" : "Drag pattern MIDI", "finish");
         ASSERT_TRUE (uri.startsWith ("file:///") && uri.contains ("Pulsewright%20MIDI/")) << uri;
         const juce::File file (juce::URL::removeEscapeChars (uri.fromFirstOccurrenceOf ("file://", false, false)));
-        EXPECT_EQ (contentOf (file),
-                   asBlock (isSong ? MidiFileWriter::bytesOf (processor.getSong(), 90) : MidiFileWriter::bytesOf (processor.getPattern(), 90)));
+        EXPECT_EQ (bytesIn (file), isSong ? MidiFileWriter::bytesOf (processor.getSong(), 90) : MidiFileWriter::bytesOf (processor.getPattern(), 90));
     }
 
     // A receiver that never says that it is done does not end all dragging.
@@ -248,7 +235,7 @@ TEST_F (Window, SavesWhereTheDialogSays)
     click ("Save selected MIDI");
     EXPECT_TRUE (comesTrue ([&] { return target.existsAsFile(); }));
     runFor (100);
-    EXPECT_EQ (contentOf (target), asBlock (MidiFileWriter::bytesOf (processor.getPattern(), 90)));
+    EXPECT_EQ (bytesIn (target), MidiFileWriter::bytesOf (processor.getPattern(), 90));
     EXPECT_TRUE (find<juce::TextButton> ("Save selected MIDI").getTooltip().endsWith ("Saved " + target.getFullPathName()));
     EXPECT_EQ (juce::File::getCurrentWorkingDirectory(), folder) << "the working directory is the host's";
 
