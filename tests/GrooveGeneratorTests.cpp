@@ -75,23 +75,6 @@ TEST (GrooveGenerator, LockedLanesSurviveMutation)
     EXPECT_EQ (again.sectionType, SectionType::fill);
 }
 
-TEST (GrooveGenerator, SilentLanesStaySilent)
-{
-    for (std::uint32_t genre = 0; genre <= genreCount; ++genre)
-    {
-        GenerationSettings settings;
-        settings.genre = static_cast<Genre> (genre);
-        settings.setValues ({ 1, 1, 1, 1, 1, 1, 1, 1, 0, 1, 1, 1 });
-
-        const auto withoutKick = GrooveGenerator::generate (settings, SectionType::fill, 8, 0);
-        EXPECT_EQ (countIn (withoutKick, [] (const auto& hit) { return hit.lane == DrumLane::kick; }), 0);
-        EXPECT_FALSE (withoutKick.hits.empty());
-
-        settings.setValues ({ 1, 1, 1, 1, 1, 1, 1, 1, 0, 0, 0, 0 });
-        EXPECT_TRUE (GrooveGenerator::generate (settings, SectionType::fill, 8, 0).hits.empty());
-    }
-}
-
 TEST (GrooveGenerator, ControlsThatNoNumberCanFollowDoNoHarm)
 {
     constexpr auto nan      = std::numeric_limits<float>::quiet_NaN();
