@@ -7,11 +7,18 @@
 
 #include "generation/SongArrangement.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <string>
 
 namespace pulsewright::cli
 {
+
+/** What a MIDI file makes of a tempo; the text and the sound go by it, too. */
+constexpr int fileTempo (int tempoBpm) noexcept
+{
+    return std::clamp (tempoBpm, 30, 300);
+}
 
 /** A grid of four lanes and sixteenth columns, four bars a row, within 80 columns. */
 std::string gridText (const DrumPattern& pattern, int tempoBpm, bool inColour);

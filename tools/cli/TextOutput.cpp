@@ -62,7 +62,7 @@ namespace
 
     std::string durationText (double beats, int tempoBpm)
     {
-        const auto seconds = static_cast<int> (beats * 60.0 / std::clamp (tempoBpm, 30, 300) + 0.5);
+        const auto seconds = static_cast<int> (beats * 60.0 / fileTempo (tempoBpm) + 0.5);
         return printed ("%d:%02d", seconds / 60, seconds % 60);
     }
 
@@ -88,7 +88,7 @@ namespace
 std::string gridText (const DrumPattern& pattern, int tempoBpm, bool inColour)
 {
     auto text = styled (boldText, pattern.name, inColour)
-              + printed ("\n%d bars, %zu notes, %d BPM, seed %u\n", pattern.bars, pattern.hits.size(), tempoBpm, pattern.seed);
+              + printed ("\n%d bars, %zu notes, %d BPM, seed %u\n", pattern.bars, pattern.hits.size(), fileTempo (tempoBpm), pattern.seed);
 
     std::array<std::string, laneCount> lines;
     for (std::uint32_t lane = 0; lane < laneCount; ++lane)
@@ -122,7 +122,7 @@ std::string gridText (const DrumPattern& pattern, int tempoBpm, bool inColour)
 std::string tableText (const SongArrangement& song, int tempoBpm, bool inColour)
 {
     auto text = styled (boldText, song.name, inColour)
-              + printed ("\n%s at %d BPM, seed %u\n\n", durationText (song.lengthInBeats(), tempoBpm).c_str(), tempoBpm, song.seed);
+              + printed ("\n%s at %d BPM, seed %u\n\n", durationText (song.lengthInBeats(), tempoBpm).c_str(), fileTempo (tempoBpm), song.seed);
 
     text += styled (dimText, printed (" %4s  %-12s  %-15s  %4s  %5s  %s", "bar", "section", "type", "bars", "notes", "notes a bar"), inColour) + "\n";
 

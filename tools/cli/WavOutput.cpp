@@ -34,7 +34,7 @@ void writeWav (const std::filesystem::path& target, const SongArrangement& song,
 {
     const juce::ScopedJuceInitialiser_GUI juceIsUp;
 
-    const double tempo          = std::clamp (tempoBpm, 30, 300); // as in a MIDI file
+    const double tempo          = fileTempo (tempoBpm);
     const double beatsPerSample = tempo / (sampleRate * 60.0);
     const auto totalSamples =
         static_cast<std::int64_t> (std::llround (song.lengthInBeats() / beatsPerSample) + std::llround (tailSeconds * sampleRate));
