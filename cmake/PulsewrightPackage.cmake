@@ -55,7 +55,9 @@ string (REPLACE "\n" "\n " PULSEWRIGHT_LICENSE_TEXT " ${PULSEWRIGHT_LICENSE_TEXT
 string (REPLACE "\n \n" "\n .\n" PULSEWRIGHT_LICENSE_TEXT "${PULSEWRIGHT_LICENSE_TEXT}")
 configure_file ("${packaging}/copyright.in" "${packaged}/copyright" @ONLY)
 install (FILES "${packaged}/copyright" docs/manual.md docs/troubles.md docs/takes.md docs/third-party.md DESTINATION share/doc/pulsewright)
-install (FILES docs/pictures/window-1120x840.png DESTINATION share/doc/pulsewright/pictures)
+foreach (part window-1120x840 boxes sections knobs lanes grid styles export)
+    install (FILES "docs/pictures/${part}.png" DESTINATION share/doc/pulsewright/pictures)
+endforeach()
 
 #===============================================================================
 set (CPACK_GENERATOR DEB TGZ)
