@@ -6,6 +6,7 @@
 // wherever there is a compiler.
 
 #include "export/MidiFileWriter.h"
+#include "generation/GenreProfile.h"
 #include "generation/GrooveGenerator.h"
 #include "generation/SongBuilder.h"
 
@@ -193,7 +194,9 @@ namespace
         }
 
         const std::string style (nameOf (static_cast<Genre> (genre)));
-        return patterns.line (style, "patterns") + mutations.line (style, "mutations") + songs.line (style, "songs")
+        const auto& profile = profileOf (static_cast<Genre> (genre));
+        return style + ", " + std::to_string (profile.tempoBpm) + " BPM, " + std::to_string (profile.averageSongSeconds) + " seconds\n"
+             + patterns.line (style, "patterns") + mutations.line (style, "mutations") + songs.line (style, "songs")
              + files.line (style, "MIDI files");
     }
 
