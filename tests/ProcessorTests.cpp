@@ -110,17 +110,14 @@ TEST (Processor, IsWhatHostsExpect)
     EXPECT_EQ (processor.getProgramName (0), "");
     EXPECT_EQ (processor.getBus (false, 0)->getName(), "Output");
 
-    std::map<int, juce::String> names;
+    juce::String names;
     for (int note = 0; note < 128; ++note)
         if (const auto name = processor.getNameForMidiNoteNumber (note, 10))
-            names[note] = *name;
+            names << note << " " << *name << ", ";
 
-    const std::map<int, juce::String> expectedNames { { 36, "Kick" },       { 37, "Side Stick" }, { 38, "Snare" },     { 40, "Second Snare" },
-                                                      { 42, "Closed Hat" }, { 45, "Low Tom" },    { 46, "Open Hat" },  { 47, "Mid Tom" },
-                                                      { 50, "High Tom" },   { 60, "Section 1" },  { 61, "Section 2" }, { 62, "Section 3" },
-                                                      { 63, "Section 4" },  { 64, "Section 5" },  { 65, "Section 6" }, { 66, "Section 7" },
-                                                      { 67, "Section 8" } };
-    EXPECT_EQ (names, expectedNames);
+    EXPECT_EQ (names,
+               "36 Kick, 37 Side Stick, 38 Snare, 40 Second Snare, 42 Closed Hat, 45 Low Tom, 46 Open Hat, 47 Mid Tom, 50 High Tom, "
+               "60 Section 1, 61 Section 2, 62 Section 3, 63 Section 4, 64 Section 5, 65 Section 6, 66 Section 7, 67 Section 8, ");
 
     const auto supports = [&] (const juce::AudioChannelSet& set)
     {

@@ -41,7 +41,7 @@ AREAS = {
     "engine": ["source/processor/Playback*.cpp", "source/processor/Playback*.h",
                "source/processor/PreviewTransport.h", "source/processor/SnapshotExchange.h"],
 }
-TREE = ["CMakeLists.txt", "CMakePresets.json", "cmake", "source", "tests", "tools/MusicDigest.cpp"]
+TREE = ["CMakeLists.txt", "CMakePresets.json", "cmake", "source", "plain", "tests", "tools/MusicDigest.cpp"]
 
 TOKEN = re.compile(r"""
     (?P<skip>   //[^\n]* | /\*.*?\*/ | ^[ \t]*\#[^\n]* | "(?:\\.|[^"\\\n])*" | static_assert\s*\([^;]*; | [^\n]*\.reserve[ ]\([^\n]*; | operator\s*[^\s\w(]+ )

@@ -7,7 +7,10 @@
 
 #include "processor/PlaybackEngine.h"
 
+#include <algorithm>
+#include <cmath>
 #include <random>
+#include <span>
 #include <vector>
 
 namespace pulsewright
@@ -26,15 +29,15 @@ inline std::vector<NoteEvent> plainEventsOf (const PlaybackData& music, Repeat r
 
     const auto emit = [&] (double t, std::uint8_t status, std::uint32_t note, std::uint32_t velocity)
     {
-        if (t >= window.start && t < window.end)
-            events.push_back ({ std::min (static_cast<int> ((t - window.start) / window.beatsPerSample), window.numSamples - 1),
+        if (t >= window.from && t < window.end)
+            events.push_back ({ std::clamp (static_cast<int> ((t - window.start) / window.beatsPerSample), 0, window.numSamples - 1),
                                 status,
                                 static_cast<std::uint8_t> (note),
                                 static_cast<std::uint8_t> (velocity) });
     };
 
     const auto looped = repeat == Repeat::looped;
-    const auto first  = looped ? std::floor (window.start / music.lengthInBeats) - 1 : 0.0;
+    const auto first  = looped ? std::floor (window.from / music.lengthInBeats) - 1 : 0.0;
     const auto last   = looped ? std::floor (window.end / music.lengthInBeats) + 1 : 0.0;
 
     for (auto k = first; k <= last; ++k) // NOLINT(cert-flp30-c,clang-analyzer-security.FloatLoopCounter): whole numbers
