@@ -8,23 +8,34 @@
 namespace pulsewright
 {
 
-void GenerationSettings::setValues (const std::array<float, numValues>& values) noexcept
+namespace
 {
-    // min (1, max (0, v)) in this argument order, so that a NaN ends at 0.
-    const auto clamped = [&values] (std::size_t index) { return std::min (1.0f, std::max (0.0f, values[index])); };
+    using Settings = GenerationSettings;
 
-    density          = clamped (0);
-    energy           = clamped (1);
-    syncopation      = clamped (2);
-    swing            = clamped (3);
-    variation        = clamped (4);
-    experimental     = clamped (5);
-    timing           = clamped (6);
-    velocity         = clamped (7);
-    kickProbability  = clamped (8);
-    snareProbability = clamped (9);
-    hatsProbability  = clamped (10);
-    percProbability  = clamped (11);
+    // The order in which values are handed over, here and in the parameters' list.
+    constexpr std::array<float Settings::*, Settings::numValues> fields {
+        &Settings::density,         &Settings::energy,           &Settings::syncopation,     &Settings::swing,
+        &Settings::variation,       &Settings::experimental,     &Settings::timing,          &Settings::velocity,
+        &Settings::kickProbability, &Settings::snareProbability, &Settings::hatsProbability, &Settings::percProbability
+    };
+
+    static_assert (fields.back() != nullptr, "numValues counts more values than there are fields");
+} // namespace
+
+void GenerationSettings::setValues (const std::array<float, numValues>& newValues) noexcept
+{
+    for (std::size_t i = 0; i < fields.size(); ++i)
+        this->*fields[i] = std::min (1.0f, std::max (0.0f, newValues[i])); // in this order of arguments a NaN ends at 0
+}
+
+std::array<float, GenerationSettings::numValues> GenerationSettings::values() const noexcept
+{
+    std::array<float, numValues> result {};
+
+    for (std::size_t i = 0; i < fields.size(); ++i)
+        result[i] = this->*fields[i];
+
+    return result;
 }
 
 float GenerationSettings::probabilityOf (DrumLane lane) const noexcept

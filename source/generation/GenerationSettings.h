@@ -45,7 +45,10 @@ struct GenerationSettings
     std::uint32_t seed = defaultSalt; ///< salt mixed into every generation seed
 
     /** Stores the twelve values in field order, density first, each clamped to 0..1. A NaN becomes 0. */
-    void setValues (const std::array<float, numValues>& values) noexcept;
+    void setValues (const std::array<float, numValues>& newValues) noexcept;
+
+    /** The twelve values in the same order. */
+    std::array<float, numValues> values() const noexcept;
 
     /** The probability that belongs to a lane, 0 to 1. */
     float probabilityOf (DrumLane lane) const noexcept;

@@ -102,11 +102,7 @@ namespace
         settings.genre = read (words.genre, settings.genre, [] (auto& t) { return indexOfNameOrNumber ("--genre", t, namesOf<Genre> (genreCount)); });
 
         // Through the steps of the plug-in's parameters, so that the same shown values play the same music.
-        std::array<float, GenerationSettings::numValues> values {
-            settings.density,         settings.energy,           settings.syncopation,     settings.swing,
-            settings.variation,       settings.experimental,     settings.timing,          settings.velocity,
-            settings.kickProbability, settings.snareProbability, settings.hatsProbability, settings.percProbability
-        };
+        auto values = settings.values();
 
         for (std::size_t i = 0; i < values.size(); ++i)
             values[i] = snapPercent (
