@@ -56,6 +56,10 @@ namespace
         "INTRO", "VERSE A", "PRE", "CHORUS", "VERSE B", "BREAK", "CHORUS +", "OUTRO"
     };
     // clang-format on
+
+    // The layout knows nothing of the music, and yet has a place for each.
+    static_assert (EditorLayout::numMacros == numMacros && EditorLayout::numLanes == laneCount
+                   && EditorLayout::numSections == PlaybackSnapshot::numSectionSlots);
 } // namespace
 
 PulsewrightAudioProcessorEditor::PulsewrightAudioProcessorEditor (PulsewrightAudioProcessor& owner)
@@ -149,14 +153,8 @@ void PulsewrightAudioProcessorEditor::addControl (juce::Component& control, cons
 
 void PulsewrightAudioProcessorEditor::addBoxes()
 {
-    juce::StringArray genreNames;
-    for (std::uint32_t i = 0; i < genreCount; ++i)
-    {
-        const auto name = nameOf (static_cast<Genre> (i));
-        genreNames.add (juce::String (name.data(), name.size()));
-    }
-
-    std::size_t index = 0;
+    const auto genreNames = processor.parameters.getParameter (parameterID::genre)->getAllValueStrings();
+    std::size_t index     = 0;
 
     const auto add = [&] (juce::ComboBox& box, const char* parameter, const char* title, const juce::StringArray& items, const char* help)
     {

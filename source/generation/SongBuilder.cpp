@@ -78,6 +78,8 @@ namespace
         { { "Classic", classic }, { "Verse / Chorus", verseChorus }, { "Club", club }, { "Minimal", minimal } }
     };
 
+    static_assert (! structures.back().name.empty(), "a structure has no table: one for each that songStructureCount counts");
+
     /** A structure value just past the last one is Classic; further out there is a name but no music. */
     Structure structureOf (std::uint32_t value) noexcept
     {

@@ -6,13 +6,15 @@
 #include "generation/DrumPattern.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace pulsewright
 {
 
 namespace
 {
-    constexpr int lowestPannedNote = 41;
+    constexpr int lowestPercussion = note::sideStick; // below it all is kick
+    constexpr int lowestPannedNote = 41;              // below it all is in the middle: kicks, side stick, snares
     constexpr float panWidth       = 0.18f;
 
     // clang-format off
@@ -39,6 +41,9 @@ namespace
 
     // clang-format on
 
+    static_assert (std::size (kicks) == midiOnly && std::size (snares) == midiOnly && std::size (hatGains) == midiOnly,
+                   "every kit that sounds has a row in every table");
+
     constexpr double closedHatDecay = 42.0;
     constexpr double openHatDecay   = 12.0;
 
@@ -52,7 +57,7 @@ namespace
         // A tuned row: 18 Hz a semitone from the side stick up, 13 Hz brighter a kit.
         return { .source    = noiseAndSine,
                  .decayRate = 16.0,
-                 .frequency = (note - 37) * 18.0 + 105.0 + kit * 13.0,
+                 .frequency = (note - lowestPercussion) * 18.0 + 105.0 + kit * 13.0,
                  .sineGain  = 0.68f,
                  .noiseGain = 0.22f };
     }
@@ -61,7 +66,7 @@ namespace
     {
         const auto kitIndex = static_cast<std::size_t> (std::clamp (kit, 0, midiOnly - 1));
 
-        if (note < 37)
+        if (note < lowestPercussion)
             return kicks[kitIndex];
 
         switch (static_cast<std::uint32_t> (note))

@@ -77,7 +77,7 @@ KitTables::KitTables (double sampleRate) : sampleInterval (1.0 / std::min (1e12,
     for (int kit = 0; kit < midiOnly; ++kit)
         for (int note = 0; note < 128; ++note)
             if (const double rate = DrumSound::of (note, kit).decayRate; numCurves == 0 || curveOf (rate).rate != rate)
-                curves[numCurves++].rate = rate;
+                curves.at (numCurves++).rate = rate; // a kit too many shows at once
 
     for (std::size_t i = 0; i < numCurves; ++i)
     {

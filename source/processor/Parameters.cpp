@@ -3,6 +3,7 @@
 
 #include "Parameters.h"
 
+#include "DrumSound.h"
 #include "PercentRange.h"
 
 #include "generation/SongBuilder.h"
@@ -38,13 +39,15 @@ namespace
         }
     };
 
-    juce::StringArray genreNames()
+    /** @param nameAt  gives the name at an index */
+    template <typename NameAt>
+    juce::StringArray namesOf (std::uint32_t count, NameAt&& nameAt)
     {
         juce::StringArray names;
 
-        for (std::uint32_t i = 0; i < genreCount; ++i)
+        for (std::uint32_t i = 0; i < count; ++i)
         {
-            const auto name = nameOf (static_cast<Genre> (i));
+            const std::string_view name = nameAt (i);
             names.add (juce::String (name.data(), name.size()));
         }
 
@@ -53,8 +56,6 @@ namespace
 
     // There is no length of six bars and no duration of 4:30; the gaps stay, since the index is what is stored.
     constexpr std::array<int, 7> patternLengths { 1, 2, 3, 4, 5, 7, 8 };
-
-    constexpr int lastKit = 4;
 
     /** Truncated and clamped to 0..last; a missing parameter and a value that is not a number read as 0. */
     int readIndex (const std::atomic<float>* value, int last) noexcept
@@ -107,8 +108,11 @@ juce::AudioProcessorValueTreeState::ParameterLayout createLayout()
         layout.add (std::make_unique<juce::AudioParameterChoice> (juce::ParameterID { parameter, 1 }, name, names, defaultIndex));
     };
 
+    const auto genres     = namesOf (genreCount, [] (std::uint32_t i) { return nameOf (static_cast<Genre> (i)); });
+    const auto structures = namesOf (songStructureCount, SongBuilder::structureName);
+
     // clang-format off
-    choice  (id::genre,                 "Genre",                  genreNames(), 0);
+    choice  (id::genre,                 "Genre",                  genres, 0);
     percent (id::density,               "Density",                0.48f);
     percent (id::energy,                "Energy",                 0.58f);
     percent (id::syncopation,           "Syncopation",            0.42f);
@@ -120,7 +124,7 @@ juce::AudioProcessorValueTreeState::ParameterLayout createLayout()
     choice  (id::playMode,              "Playback",               { "Pattern", "Full Song" }, 0);
     choice  (id::patternLength,         "Pattern Length",         { "1 bar", "2 bars", "3 bars", "4 bars", "5 bars", "7 bars", "8 bars" }, 1);
     choice  (id::songDuration,          "Song Duration",          { "Genre average", "2:00", "2:30", "3:00", "3:30", "4:00", "5:00" }, 0);
-    choice  (id::songStructure,         "Song Structure",         { "Classic", "Verse / Chorus", "Club", "Minimal" }, 0);
+    choice  (id::songStructure,         "Song Structure",         structures, 0);
     choice  (id::soundKit,              "Sound Kit",              { "Studio", "808", "Dusty", "Electronic", "MIDI Only" }, 0);
     percent (id::kickProbability,       "Kick Probability",       1.0f);
     percent (id::snareProbability,      "Snare Probability",      1.0f);
@@ -171,7 +175,7 @@ std::uint32_t ParameterReader::songStructure() const noexcept
 
 int ParameterReader::soundKit() const noexcept
 {
-    return readIndex (soundKitValue, lastKit);
+    return readIndex (soundKitValue, midiOnly);
 }
 
 std::array<float, GenerationSettings::numValues> ParameterReader::settingsValues() const noexcept

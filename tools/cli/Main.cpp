@@ -15,13 +15,16 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
 #include <optional>
+#include <span>
 #include <unistd.h>
+#include <vector>
 
 namespace pulsewright::cli
 {
@@ -79,7 +82,7 @@ namespace
         return names;
     }
 
-    std::string listed (const std::vector<std::string_view>& names)
+    std::string listed (std::span<const std::string_view> names)
     {
         std::string text;
         for (const auto name : names)
@@ -258,7 +261,7 @@ namespace
             command.add_option (settingOptions[i].name, words.settings[i], settingOptions[i].help)->type_name ("X")->group ("Settings");
 
         command.add_option ("--tempo", words.tempo, "Beats per minute; a file takes 30 to 300 [the genre's]")->type_name ("BPM");
-        command.add_option ("--kit", words.kit, "Sound of --wav: Studio, 808, Dusty, Electronic, MIDI Only [Studio]")->type_name ("NAME");
+        command.add_option ("--kit", words.kit, "Sound of --wav: " + listed (kitNames) + " [Studio]")->type_name ("NAME");
         command.add_option ("--json", words.json, "Write the material as JSON; - is the standard output")->type_name ("FILE|-")->group ("Output");
         command.add_option ("--midi", words.midi, "Write a Standard MIDI File")->type_name ("FILE")->group ("Output");
         command.add_option ("--wav", words.wav, "Play it once through the plug-in's kit and write the sound")->type_name ("FILE")->group ("Output");
