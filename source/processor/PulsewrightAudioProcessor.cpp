@@ -19,10 +19,7 @@ PulsewrightAudioProcessor::PulsewrightAudioProcessor()
 {
     outgoing.ensureSize (reservedMidiBytes);
 
-    refreshSettings();
-    pattern = GrooveGenerator::generate (settings, SectionType::verse, openingBars, 0);
-    buildSongFromSettings();
-    publishPlaybackData();
+    openWithVerse();
 }
 
 //==============================================================================
@@ -41,6 +38,16 @@ void PulsewrightAudioProcessor::buildSongFromSettings()
 {
     songForm = { settings.genre, values.songDuration(), values.songStructure() };
     song     = std::make_shared<const SongArrangement> (SongBuilder::buildSong (settings, getSongBarCount (getEffectiveBpm()), songForm.structure));
+}
+
+void PulsewrightAudioProcessor::openWithVerse()
+{
+    constexpr std::int32_t openingBars = 2;
+
+    refreshSettings();
+    pattern = GrooveGenerator::generate (settings, SectionType::verse, openingBars, 0);
+    buildSongFromSettings();
+    publishPlaybackData();
 }
 
 template <typename Change>
@@ -182,6 +189,20 @@ void PulsewrightAudioProcessor::setMaterial (DrumPattern newPattern, SongArrange
         });
 }
 
+void PulsewrightAudioProcessor::rebuildFromCounter()
+{
+    // The stored counter is one ahead of the take that was on screen. Every save and every reload of
+    // a project has to give the same music, so it is not advanced here, and what comes back is the
+    // take that comes next: always as a two-bar verse.
+    changeMaterial (
+        [&]
+        {
+            settings.seed = saltOf (seedCounter.load());
+            openWithVerse();
+        });
+}
+
+//==============================================================================
 void PulsewrightAudioProcessor::publishPattern()
 {
     published.pattern = makePlaybackData (pattern.hits, pattern.lengthInBeats());

@@ -150,9 +150,8 @@ public:
 private:
     using HostPosition = juce::Optional<juce::AudioPlayHead::PositionInfo>;
 
-    static constexpr const char* stateType    = "PulsewrightState";
-    static constexpr int noSection            = -1;
-    static constexpr std::int32_t openingBars = 2; ///< of the verse that a new or restored instance opens with
+    static constexpr const char* stateType = "PulsewrightState";
+    static constexpr int noSection         = -1;
 
     static constexpr std::size_t reservedMidiBytes = 1 << 16; ///< for the events of a dense block, so that no block allocates
 
@@ -163,7 +162,7 @@ private:
     void buildSongFromSettings();
     void publishPlaybackData();
     void publishPattern();
-    void rebuildFromCounter();
+    void openWithVerse(); ///< as a new or a restored instance does, and its song with it
 
     /** Runs a change of the material under the data lock and counts it. */
     template <typename Change>
@@ -173,6 +172,7 @@ private:
     template <typename Change>
     void changeState (Change&& change);
 
+    void rebuildFromCounter(); ///< after a restore
     void tellHostStateChanged();
 
     template <typename Sample>

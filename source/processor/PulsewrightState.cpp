@@ -197,19 +197,4 @@ void PulsewrightAudioProcessor::setStateInformation (const void* data, int size)
     --restoresUnderway;
 }
 
-void PulsewrightAudioProcessor::rebuildFromCounter()
-{
-    const juce::ScopedLock lock (dataLock);
-
-    // The stored counter is one ahead of the take that was on screen. Every save and every reload of
-    // a project has to give the same music, so it is not advanced here, and what comes back is the
-    // take that comes next: always as a two-bar verse.
-    refreshSettings();
-    settings.seed = saltOf (seedCounter.load());
-    pattern       = GrooveGenerator::generate (settings, SectionType::verse, openingBars, 0);
-    buildSongFromSettings();
-    publishPlaybackData();
-    ++changeCounter;
-}
-
 } // namespace pulsewright
