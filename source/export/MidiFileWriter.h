@@ -15,7 +15,7 @@
 namespace pulsewright
 {
 
-/** Builds the bytes of a file and saves them. No state: any thread, one file operation. */
+/** Builds the bytes of a file and saves them. No state: any thread. */
 struct MidiFileWriter
 {
     static constexpr const char* cannotOpenMessage     = "Could not open the destination file.";

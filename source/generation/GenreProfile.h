@@ -73,7 +73,7 @@ struct Candidate
     DrumLane lane;
     std::uint32_t note;
     double beat;   ///< from the start of the bar
-    double accent; ///< -0.6 to 0.55; moves the velocity by up to 22
+    double accent; ///< -1 to 1, the velocity 22 softer to 22 louder
     BarChance chance;
     Stroke stroke    = Stroke::normal;
     int baseVelocity = 0; ///< of a soft stroke only

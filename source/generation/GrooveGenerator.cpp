@@ -8,8 +8,9 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <iterator>
 #include <random>
-#include <utility>
+#include <span>
 
 namespace pulsewright
 {

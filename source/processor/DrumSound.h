@@ -60,7 +60,7 @@ struct DrumSound
         return (strokeCount * 104729u + static_cast<std::uint32_t> (note) * 7919u) ^ 0x9E3779B9u;
     }
 
-    /** The sound of a MIDI note (0 to 127) in kit 0 to 3. */
+    /** The sound of a MIDI note (0 to 127) in kit 0 to 3. Thread: any. Blocks: never. Allocates: never. */
     static DrumSound of (int note, int kit) noexcept;
 };
 

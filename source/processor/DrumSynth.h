@@ -15,7 +15,7 @@
 namespace pulsewright
 {
 
-/** Renders MIDI into audio. Thread: audio only, but for prepare(). Blocks, allocates: never. */
+/** Renders MIDI into audio. Thread: audio, but for prepare(). Blocks: never. Allocates: never. */
 class DrumSynth
 {
 public:

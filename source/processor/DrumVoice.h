@@ -12,15 +12,15 @@ namespace pulsewright
 
 /** A one-shot voice. It ends by itself, inaudible or 2.5 seconds old.
 
-    Thread: audio only. Wait-free, allocates nothing.
+    Thread: audio. Blocks: never. Allocates: never.
 */
 class DrumVoice
 {
 public:
-    /** @param velocity     0 to 127
-        @param strokeCount  how many voices the synthesizer has started, this one included
+    /** @param midiVelocity  0 to 127
+        @param strokeCount   how many voices the synthesizer has started, this one included
     */
-    void start (const KitTables& tables, int note, int velocity, int kit, std::uint32_t strokeCount) noexcept;
+    void start (const KitTables& tables, int note, int midiVelocity, int kit, std::uint32_t strokeCount) noexcept;
 
     void reset() noexcept { *this = {}; }
 

@@ -31,10 +31,11 @@ struct DecayCurve
     alignas (64) std::array<float, cellSize + cellPadding> powers {}; ///< exp (-rate * k / sampleRate)
 };
 
+/** Thread: any. Blocks: never. Allocates: never. Making one takes thousands of exponentials: not for the audio thread. */
 class KitTables
 {
 public:
-    /** @param sampleRate  in hertz; below 1 counts as 1, as does what is no number. Not for the audio thread. */
+    /** @param sampleRate  in hertz; below 1 counts as 1, as does what is no number */
     explicit KitTables (double sampleRate);
 
     double secondsPerSample() const noexcept { return sampleInterval; }

@@ -65,7 +65,7 @@ float percentValue (const juce::String& text);
 
 //==============================================================================
 /** Reads the current values, each truncated and clamped into its choices.
-    Thread: any. Wait-free, allocates nothing.
+    Thread: any. Blocks: never. Allocates: never.
 */
 class ParameterReader
 {

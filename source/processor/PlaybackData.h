@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Tolm
 // SPDX-License-Identifier: AGPL-3.0-only
 
-// The immutable music that the message thread hands to the audio thread.
+// The immutable music that is handed to the audio thread.
 
 #pragma once
 
@@ -33,7 +33,7 @@ struct PlaybackData
     std::shared_ptr<const void> owner;
 };
 
-/** @param hits  sorted by start */
+/** A pattern. @param hits  sorted by start */
 std::shared_ptr<const PlaybackData> makePlaybackData (std::vector<DrumHit> hits, double lengthInBeats);
 
 /** The whole song. */
@@ -43,7 +43,7 @@ std::shared_ptr<const PlaybackData> makePlaybackData (const std::shared_ptr<cons
 std::shared_ptr<const PlaybackData> makePlaybackData (const std::shared_ptr<const SongArrangement>& song, std::size_t section);
 
 /** Everything the audio thread may be asked to play, exchanged as a whole.
-    Snapshots share the parts that did not change; only the message thread counts the references.
+    Snapshots share the parts that did not change; only the publisher counts the references.
 */
 struct PlaybackSnapshot
 {

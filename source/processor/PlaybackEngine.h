@@ -37,6 +37,7 @@ struct BlockWindow
 
 /** The window of a block that begins at a beat, or an empty one when the position or the tempo is
     nothing that can be played: not a number, infinite, too far away, or a tempo of 0 or below.
+    Thread: any. Blocks: never. Allocates: never.
 */
 BlockWindow windowAt (double startBeat, double tempoBpm, double sampleRate, int numSamples) noexcept;
 
@@ -47,7 +48,7 @@ BlockWindow windowAt (double startBeat, double tempoBpm, double sampleRate, int 
     equal the end of the block before. A small difference is taken up by playing from where the last
     block ended; a large one is a jump, and the block is played as it stands.
 
-    Thread: audio only. Wait-free, allocates nothing.
+    Thread: audio. Blocks: never. Allocates: never.
 */
 class TransportContinuity
 {
@@ -89,7 +90,7 @@ enum class Repeat
 
     The hits are searched, not scanned: the cost grows with the events in the block.
 
-    Thread: audio. Wait-free; allocates nothing itself.
+    Thread: audio. Blocks: never. Allocates: never; nor should the sink.
     @param sink  called with a NoteEvent
 */
 template <typename Sink>

@@ -39,7 +39,8 @@ public:
     static juce::AudioProcessorValueTreeState::ParameterLayout createParameterLayout() { return createLayout(); }
 
     //==============================================================================
-    // Making material. Thread: message, or any other but the audio thread. Blocks: on the data lock.
+    // Making material. Thread: message, or any other but the audio thread. Blocks: on the data lock, and in the
+    // host, which hears of what it would save.
 
     /** A new pattern of the chosen length, from the next take of the seed counter. */
     void generatePattern (SectionType kind);
@@ -58,6 +59,9 @@ public:
 
     /** Makes finished material current and plays it, as it stands. For tools; settings and counter stay. */
     void setMaterial (DrumPattern newPattern, SongArrangement newSong);
+
+    /** Keeps a lane through mutations, or no longer. Blocks: in the host alone. */
+    void setLaneLocked (int lane, bool shouldBeLocked);
 
     DrumPattern getPattern() const;
     SongArrangement getSong() const;
@@ -79,9 +83,8 @@ public:
     // Thread: any. Blocks: never.
 
     bool isLaneLocked (int lane) const noexcept;
-    void setLaneLocked (int lane, bool shouldBeLocked);
 
-    /** Starts the preview clock from the first beat. @returns whether it plays the full song */
+    /** Starts the preview clock from the first beat. Thread: message. @returns whether it plays the full song */
     bool startPreview() noexcept;
     void stopPreview() noexcept { preview.stop(); }
     bool isPreviewPlaying() const noexcept { return preview.isPlaying(); }
@@ -111,6 +114,10 @@ public:
     std::uint32_t getSeedCounter() const noexcept { return seedCounter.load(); }
 
     //==============================================================================
+    // What the host calls. Blocks of audio: Thread: audio. Blocks: never. Allocates: never, but for a block whose
+    // MIDI outgrows the buffers. All else: Thread: any but that one.
+
+    /** Not while a block is played. */
     void prepareToPlay (double newSampleRate, int blockSize) override;
     void releaseResources() override {}
     bool isBusesLayoutSupported (const BusesLayout& layout) const override;
@@ -153,7 +160,7 @@ private:
     static constexpr const char* stateType = "PulsewrightState";
     static constexpr int noSection         = -1;
 
-    static constexpr std::size_t reservedMidiBytes = 1 << 16; ///< for the events of a dense block, so that no block allocates
+    static constexpr std::size_t reservedMidiBytes = 1 << 16; ///< for a dense block's events; our buffer and the host's take turns
 
     // Under the data lock.
     void refreshSettings();
@@ -175,6 +182,7 @@ private:
     void rebuildFromCounter(); ///< after a restore
     void tellHostStateChanged();
 
+    // Thread: audio. Blocks: never. Allocates: never, as above.
     template <typename Sample>
     void render (juce::AudioBuffer<Sample>& buffer, juce::MidiBuffer& midi);
     void filterIncoming (const juce::MidiBuffer& incoming);

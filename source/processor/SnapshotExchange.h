@@ -29,7 +29,7 @@ public:
     ~SnapshotExchange() { delete current.load(); }
 
     /** Replaces what the reader will see from its next reading on.
-        Thread: any, one at a time. Blocks: never. Allocates and frees: yes.
+        Thread: any but the reader's, one at a time. Blocks: never. Allocates, frees: yes.
     */
     void publish (std::unique_ptr<const Snapshot> next)
     {
@@ -64,7 +64,7 @@ public:
         const Snapshot* snapshot = nullptr;
     };
 
-    /** Thread: audio, one reading at a time. Wait-free. Allocates and frees: never. */
+    /** Thread: audio, one reading at a time. Blocks: never. Allocates, frees: never. */
     Reading read() noexcept { return Reading { *this }; }
 
 private:

@@ -34,7 +34,7 @@ struct StrokePiece
     double secondsPerSample;
 };
 
-/** Thread: any. Wait-free, allocates nothing. The buffers are written up to cellPadding - 1 samples past the
+/** Thread: any. Blocks: never. Allocates: never. The buffers are written up to cellPadding - 1 samples past the
     end, with what was there: they have to be that much longer.
 */
 struct StrokeKernels
