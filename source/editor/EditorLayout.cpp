@@ -31,83 +31,100 @@ namespace
 
 EditorLayout::EditorLayout (int width, int height, int visibleSections)
 {
-    auto area = shrunk ({ width, height }, 20, 20);
+    auto area = shrunk ({ width, height }, margin, margin);
 
-    auto header = area.removeFromTop (52);
-    brand       = shrunk (header.removeFromLeft (58), 0, 12);
-    header.removeFromLeft (10);
-    title    = header.removeFromLeft (220);
-    subtitle = shrunk (header.removeFromLeft (270), 0, 8);
-    status   = header;
+    placeHeader (area.removeFromTop (headerHeight));
+    area.removeFromTop (headerGap);
 
-    area.removeFromTop (18);
+    auto panels = area.removeFromTop (panelHeight);
+    placeForm (shrunk (panels.removeFromLeft (formPanelWidth), 16, 13));
+    panels.removeFromLeft (panelGap);
+    placeMacros (shrunk (panels, 10, 9));
+    area.removeFromTop (15);
 
-    auto panel  = area.removeFromTop (360);
-    auto column = shrunk (panel.removeFromLeft (250), 16, 13);
-    style       = captioned (column, 15, 28, 3);
-    kit         = captioned (column, 14, 25, 3);
-    playback    = captioned (column, 15, 26, 3);
-    length      = captioned (column, 14, 25, 3);
-    structure   = captioned (column, 14, 25, 3);
-    duration    = captioned (column, 14, 25, 3);
+    placeLanes (area.removeFromTop (52));
+    area.removeFromTop (10);
 
-    auto generation = column.removeFromTop (31);
+    placeSections (area.removeFromTop (31), visibleSections);
+    area.removeFromTop (10);
+
+    placeExports (area.removeFromBottom (40));
+    area.removeFromBottom (10);
+    grid = area;
+}
+
+void EditorLayout::placeHeader (Bounds area)
+{
+    brand = shrunk (area.removeFromLeft (58), 0, 12);
+    area.removeFromLeft (10);
+    title    = area.removeFromLeft (220);
+    subtitle = shrunk (area.removeFromLeft (270), 0, 8);
+    status   = area;
+}
+
+void EditorLayout::placeForm (Bounds area)
+{
+    style     = captioned (area, 15, 28, 3);
+    kit       = captioned (area, 14, 25, 3);
+    playback  = captioned (area, 15, 26, 3);
+    length    = captioned (area, 14, 25, 3);
+    structure = captioned (area, 14, 25, 3);
+    duration  = captioned (area, 14, 25, 3);
+
+    auto generation = area.removeFromTop (31);
     generateButton  = generation.removeFromLeft (juce::jmax (0, generation.getWidth() - 5) / 2);
     generation.removeFromLeft (5);
     buildSongButton = generation;
-    column.removeFromTop (4);
-    previewButton = column.removeFromTop (30);
+    area.removeFromTop (4);
+    previewButton = area.removeFromTop (30);
+}
 
-    panel.removeFromLeft (16);
-    auto macroArea       = shrunk (panel, 10, 9);
-    const int macroWidth = macroArea.getWidth() / static_cast<int> (numMacros);
+void EditorLayout::placeMacros (Bounds area)
+{
+    const int macroWidth = area.getWidth() / static_cast<int> (numMacros);
 
     for (std::size_t i = 0; i < numMacros; ++i)
     {
-        auto cell         = i == numMacros - 1 ? macroArea : macroArea.removeFromLeft (macroWidth);
+        auto cell         = i == numMacros - 1 ? area : area.removeFromLeft (macroWidth);
         macros[i].caption = cell.removeFromTop (24);
         macros[i].control = shrunk (cell, 2, 0);
     }
+}
 
-    area.removeFromTop (15);
-
-    auto laneRow = area.removeFromTop (52);
-
+void EditorLayout::placeLanes (Bounds area)
+{
     for (auto& lane : lanes)
     {
-        auto cell    = laneRow.removeFromLeft (128);
+        auto cell    = area.removeFromLeft (128);
         lane.caption = cell.removeFromTop (26);
         lane.control = shrunk (cell, 3, 0);
     }
 
-    laneRow.removeFromLeft (12);
-    mutateButton = laneRow.removeFromLeft (105);
-    laneRow.removeFromLeft (8);
-    newFillButton = laneRow.removeFromLeft (105);
+    area.removeFromLeft (12);
+    mutateButton = area.removeFromLeft (105);
+    area.removeFromLeft (8);
+    newFillButton = area.removeFromLeft (105);
+}
 
-    area.removeFromTop (10);
+void EditorLayout::placeSections (Bounds area, int visibleSections)
+{
+    const int count = juce::jlimit (1, static_cast<int> (numSections), visibleSections);
+    const int width = area.getWidth() / count;
 
-    auto sectionRow        = area.removeFromTop (31);
-    const int sectionCount = juce::jlimit (1, static_cast<int> (numSections), visibleSections);
-    const int sectionWidth = sectionRow.getWidth() / sectionCount;
-
-    for (int i = 0; i < sectionCount; ++i)
+    for (int i = 0; i < count; ++i)
     {
-        const auto cell                        = i == sectionCount - 1 ? sectionRow : sectionRow.removeFromLeft (sectionWidth);
+        const auto cell                        = i == count - 1 ? area : area.removeFromLeft (width);
         sections[static_cast<std::size_t> (i)] = shrunk (cell, 3, 0);
     }
+}
 
-    area.removeFromTop (10);
-
-    auto bottom = area.removeFromBottom (40);
-    saveButton  = bottom.removeFromLeft (170);
-    bottom.removeFromLeft (8);
-    patternDragButton = bottom.removeFromLeft (180);
-    bottom.removeFromLeft (8);
-    songDragButton = bottom.removeFromLeft (190);
-
-    area.removeFromBottom (10);
-    grid = area;
+void EditorLayout::placeExports (Bounds area)
+{
+    saveButton = area.removeFromLeft (170);
+    area.removeFromLeft (8);
+    patternDragButton = area.removeFromLeft (180);
+    area.removeFromLeft (8);
+    songDragButton = area.removeFromLeft (190);
 }
 
 } // namespace pulsewright

@@ -21,6 +21,10 @@ struct EditorLayout
     static constexpr int initialWidth = 1120, initialHeight = 840;
     static constexpr int maxWidth = 1500, maxHeight = 1050;
 
+    // What the panels are painted by; the controls lie inside.
+    static constexpr int margin = 20, headerHeight = 52, headerGap = 18;
+    static constexpr int panelHeight = 360, formPanelWidth = 250, panelGap = 16;
+
     static constexpr std::size_t numBoxes = 6, numMacros = 8, numLanes = 4, numSections = 8;
 
     using Bounds = juce::Rectangle<int>;
@@ -46,6 +50,14 @@ struct EditorLayout
 
     Bounds saveButton, patternDragButton, songDragButton;
     Bounds grid;
+
+private:
+    void placeHeader (Bounds area);
+    void placeForm (Bounds area);
+    void placeMacros (Bounds area);
+    void placeLanes (Bounds area);
+    void placeSections (Bounds area, int visibleSections);
+    void placeExports (Bounds area);
 };
 
 } // namespace pulsewright

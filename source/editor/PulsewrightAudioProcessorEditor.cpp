@@ -88,22 +88,31 @@ void PulsewrightAudioProcessorEditor::resized()
 
 void PulsewrightAudioProcessorEditor::paint (juce::Graphics& g)
 {
-    const auto width = static_cast<float> (getWidth());
+    using Layout = EditorLayout;
+
+    constexpr int headerBottom = Layout::margin + Layout::headerHeight;
+    constexpr int macrosLeft   = Layout::margin + Layout::formPanelWidth + Layout::panelGap;
+    constexpr int panelTop     = headerBottom + Layout::headerGap;
+    constexpr float cornerSize = 9.0f;
+
+    // Panels of these sizes whatever the window's, even where it is too small to hold them.
+    const auto paintPanel = [&g] (int x, int width)
+    { g.fillRoundedRectangle (juce::Rectangle<int> (x, panelTop, width, Layout::panelHeight).toFloat(), cornerSize); };
 
     g.fillAll (palette::backgroundColour);
 
     g.setColour (palette::accentColour.withAlpha (static_cast<juce::uint8> (0x0f)));
-    g.fillEllipse (width - 360.0f, -250.0f, 510.0f, 510.0f);
+    g.fillEllipse (static_cast<float> (getWidth()) - 360.0f, -250.0f, 510.0f, 510.0f);
 
-    if (getWidth() > 40)
+    if (const int width = getWidth() - 2 * Layout::margin; width > 0)
     {
         g.setColour (palette::outlineColour);
-        g.fillRect (20, 72, getWidth() - 40, 1);
+        g.fillRect (Layout::margin, headerBottom, width, 1);
     }
 
     g.setColour (palette::panelColour);
-    g.fillRoundedRectangle (20.0f, 90.0f, 250.0f, 360.0f, 9.0f);
-    g.fillRoundedRectangle (286.0f, 90.0f, width - 306.0f, 360.0f, 9.0f);
+    paintPanel (Layout::margin, Layout::formPanelWidth);
+    paintPanel (macrosLeft, getWidth() - macrosLeft - Layout::margin);
 }
 
 //==============================================================================
