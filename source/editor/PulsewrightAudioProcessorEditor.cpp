@@ -182,9 +182,9 @@ void PulsewrightAudioProcessorEditor::writeExport (const juce::File& file, bool 
         isSong ? midiExport::save (file, processor.getSong(), tempo, error) : midiExport::save (file, processor.getPattern(), tempo, error);
 
     if (isSaved)
-        reportExport (saveButton, "SAVED  ", file.getFileName(), "Saved " + file.getFullPathName());
+        reportExport (saveButton, "SAVED  " + file.getFileName(), "Saved " + file.getFullPathName());
     else
-        reportExport (saveButton, "EXPORT FAILED  ", asText (error), file.getFullPathName() + ": " + asText (error));
+        reportExport (saveButton, "EXPORT FAILED  " + asText (error), file.getFullPathName() + ": " + asText (error));
 }
 
 juce::File PulsewrightAudioProcessorEditor::createDragMidiFile (bool isSong)
@@ -195,20 +195,17 @@ juce::File PulsewrightAudioProcessorEditor::createDragMidiFile (bool isSong)
     auto file = isSong ? midiExport::fileForDrag (processor.getSong(), tempo, error) : midiExport::fileForDrag (processor.getPattern(), tempo, error);
 
     if (file == juce::File())
-        reportExport (button, "DRAG EXPORT FAILED  ", asText (error), "Drag failed: " + asText (error));
+        reportExport (button, "DRAG EXPORT FAILED  " + asText (error), "Drag failed: " + asText (error));
     else
-        reportExport (button, {}, {}, "Dragged " + file.getFullPathName());
+        reportExport (button, {}, "Dragged " + file.getFullPathName());
 
     return file;
 }
 
-void PulsewrightAudioProcessorEditor::reportExport (juce::Button& button,
-                                                    const juce::String& prefix,
-                                                    const juce::String& shown,
-                                                    const juce::String& lasting)
+void PulsewrightAudioProcessorEditor::reportExport (juce::Button& button, const juce::String& shown, const juce::String& lasting)
 {
-    if (prefix.isNotEmpty())
-        statusLabel.setText (prefix + shown, juce::dontSendNotification);
+    if (shown.isNotEmpty())
+        statusLabel.setText (shown, juce::dontSendNotification);
 
     // The timer soon overwrites the status line; the button keeps the word.
     button.setTooltip (button.getTooltip().upToFirstOccurrenceOf ("\n", false, false) + "\n" + lasting);

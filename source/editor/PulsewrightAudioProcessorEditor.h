@@ -67,7 +67,7 @@ private:
     void macroChanged (const PercentSlider& slider);
     bool isEchoOfRestore() const noexcept;
     void togglePreview();
-    void reportExport (juce::Button& button, const juce::String& prefix, const juce::String& shown, const juce::String& lasting);
+    void reportExport (juce::Button& button, const juce::String& shown, const juce::String& lasting);
     void writeExport (const juce::File& file, bool isSong);
 
     // Where the keyboard is.
