@@ -119,76 +119,77 @@ private:
 
     static Floats load (const float* samples) noexcept { return Floats::load_unaligned (samples); }
 
+    static Floats levelAt (const StrokePiece& piece, int k) noexcept { return Floats (piece.level) * load (piece.levelPowers + k); }
+
     //==============================================================================
+    static void fillSweptSine (const StrokePiece& piece, StrokeState& state, float* signal, int numSamples) noexcept
+    {
+        alignas (64) double increments[cellSize + cellPadding];
+        const auto& sound = piece.sound;
+
+        for (int k = 0; k < paddedTo (numSamples, cellPadding); ++k)
+            increments[k] = twoPi * (sound.frequency + sound.sweepDepth * (piece.sweep * piece.sweepPowers[k])) * piece.secondsPerSample;
+
+        fillPhases (state.phase, signal, numSamples, [&] (int k) { return increments[k]; });
+
+        for (int k = 0; k < paddedTo (numSamples, width); k += width)
+        {
+            auto value = sine (load (signal + k)) * levelAt (piece, k);
+
+            if (sound.saturates)
+                value = xsimd::tanh (Floats (DrumSound::saturationDrive) * value) * Floats (DrumSound::saturationGain);
+
+            value.store_unaligned (signal + k);
+        }
+    }
+
+    static void fillNoiseAndSine (const StrokePiece& piece, StrokeState& state, float* signal, int numSamples) noexcept
+    {
+        alignas (64) Scratch noise;
+        const auto& sound      = piece.sound;
+        const double increment = twoPi * sound.frequency * piece.secondsPerSample;
+        fillNoise (state.noiseState, noise, numSamples);
+        fillPhases (state.phase, signal, numSamples, [=] (int) { return increment; });
+
+        for (int k = 0; k < paddedTo (numSamples, width); k += width)
+        {
+            const auto mixed = Floats (sound.noiseGain) * load (noise + k) + sine (load (signal + k)) * Floats (sound.sineGain);
+            (mixed * levelAt (piece, k)).store_unaligned (signal + k);
+        }
+    }
+
+    static void fillBrightNoise (const StrokePiece& piece, StrokeState& state, float* signal, int numSamples) noexcept
+    {
+        alignas (64) float noise[1 + cellSize + cellPadding];
+        noise[0] = state.previousNoise;
+        fillNoise (state.noiseState, noise + 1, numSamples);
+        state.previousNoise = noise[numSamples];
+
+        for (int k = 0; k < paddedTo (numSamples, width); k += width)
+        {
+            const auto bright = load (noise + 1 + k) - Floats (DrumSound::highPassZero) * load (noise + k);
+            (levelAt (piece, k) * bright * Floats (piece.sound.noiseGain)).store_unaligned (signal + k);
+        }
+    }
+
     static void addStroke (const StrokePiece& piece, StrokeState& state, float* left, float* right, int numSamples)
     {
         alignas (64) Scratch signal;
-        const auto& sound  = piece.sound;
-        const int padded   = paddedTo (numSamples, width);
-        const auto levelAt = [&] (int k) { return Floats (piece.level) * load (piece.levelPowers + k); };
 
-        switch (sound.source)
+        switch (piece.sound.source)
         {
-            case DrumSound::Source::sweptSine:
-            {
-                alignas (64) double increments[cellSize + cellPadding];
-
-                for (int k = 0; k < paddedTo (numSamples, cellPadding); ++k)
-                    increments[k] = twoPi * (sound.frequency + sound.sweepDepth * (piece.sweep * piece.sweepPowers[k])) * piece.secondsPerSample;
-
-                fillPhases (state.phase, signal, numSamples, [&] (int k) { return increments[k]; });
-
-                for (int k = 0; k < padded; k += width)
-                {
-                    auto value = sine (load (signal + k)) * levelAt (k);
-
-                    if (sound.saturates)
-                        value = xsimd::tanh (Floats (DrumSound::saturationDrive) * value) * Floats (DrumSound::saturationGain);
-
-                    value.store_unaligned (signal + k);
-                }
-                break;
-            }
-
-            case DrumSound::Source::noiseAndSine:
-            {
-                alignas (64) Scratch noise;
-                const double increment = twoPi * sound.frequency * piece.secondsPerSample;
-                fillNoise (state.noiseState, noise, numSamples);
-                fillPhases (state.phase, signal, numSamples, [=] (int) { return increment; });
-
-                for (int k = 0; k < padded; k += width)
-                {
-                    const auto value =
-                        (Floats (sound.noiseGain) * load (noise + k) + sine (load (signal + k)) * Floats (sound.sineGain)) * levelAt (k);
-                    value.store_unaligned (signal + k);
-                }
-                break;
-            }
-
-            case DrumSound::Source::brightNoise:
-            {
-                alignas (64) float noise[1 + cellSize + cellPadding];
-                noise[0] = state.previousNoise;
-                fillNoise (state.noiseState, noise + 1, numSamples);
-                state.previousNoise = noise[numSamples];
-
-                for (int k = 0; k < padded; k += width)
-                {
-                    const auto bright = load (noise + 1 + k) - Floats (DrumSound::highPassZero) * load (noise + k);
-                    (levelAt (k) * bright * Floats (sound.noiseGain)).store_unaligned (signal + k);
-                }
-                break;
-            }
+            case DrumSound::Source::sweptSine: fillSweptSine (piece, state, signal, numSamples); break;
+            case DrumSound::Source::noiseAndSine: fillNoiseAndSine (piece, state, signal, numSamples); break;
+            case DrumSound::Source::brightNoise: fillBrightNoise (piece, state, signal, numSamples); break;
         }
 
         clear (signal + numSamples); // past the end nothing is added
 
-        for (int k = 0; k < padded; k += width)
+        for (int k = 0; k < paddedTo (numSamples, width); k += width)
         {
             const auto out = load (signal + k) * Floats (piece.velocity) * Floats (DrumSound::gain);
-            (load (left + k) + out * Floats (1.0f - sound.pan)).store_unaligned (left + k);
-            (load (right + k) + out * Floats (1.0f + sound.pan)).store_unaligned (right + k);
+            (load (left + k) + out * Floats (1.0f - piece.sound.pan)).store_unaligned (left + k);
+            (load (right + k) + out * Floats (1.0f + piece.sound.pan)).store_unaligned (right + k);
         }
     }
 
