@@ -7,6 +7,8 @@
 #include <charconv>
 #include <cmath>
 #include <limits>
+#include <string>
+#include <system_error>
 
 namespace pulsewright::cli
 {

@@ -7,7 +7,7 @@
 
 #include <filesystem>
 #include <stdexcept>
-#include <string>
+#include <string_view>
 
 namespace pulsewright::cli
 {

@@ -250,9 +250,14 @@ namespace
     }
 
     //==============================================================================
-    void addCommonOptions (CLI::App& command, Words& words)
+    void addGenreOption (CLI::App& command, Words& words)
     {
         command.add_option ("--genre", words.genre, "Style, or its number: " + listed (namesOf<Genre> (genreCount)))->type_name ("NAME|N");
+    }
+
+    void addCommonOptions (CLI::App& command, Words& words)
+    {
+        addGenreOption (command, words);
 
         auto* take = command.add_option ("--take", words.take, "The take, as the plug-in counts them [1]")->type_name ("N");
         command.add_option ("--salt", words.salt, "The 32-bit salt itself, decimal or 0x, instead of a take")->type_name ("N")->excludes (take);
@@ -267,6 +272,42 @@ namespace
         command.add_option ("--wav", words.wav, "Play it once through the plug-in's kit and write the sound")->type_name ("FILE")->group ("Output");
     }
 
+    CLI::App* addPatternCommand (CLI::App& app, Words& words)
+    {
+        auto* command = app.add_subcommand ("pattern", "Generate one groove or fill");
+        addCommonOptions (*command, words);
+        command->add_option ("--section", words.section, "What it is for, or its number: " + listed (namesOf<SectionType> (sectionTypeCount)))
+            ->type_name ("NAME|N");
+        command->add_option ("--bars", words.bars, "Length, 1 to 192 [2]")->type_name ("N");
+        command->add_option ("--seed", words.seed, "Seed beside the salt [0, as the plug-in's]")->type_name ("N");
+        command->add_option ("--mutate", words.mutate, "Mutate it once with this seed")->type_name ("N");
+        command->add_option ("--lock", words.lock, "Lanes that the mutation keeps: " + listed (namesOf<DrumLane> (laneCount)))
+            ->type_name ("LANE[,LANE...]");
+        return command;
+    }
+
+    CLI::App* addSongCommand (CLI::App& app, Words& words)
+    {
+        auto* command = app.add_subcommand ("song", "Build a whole song");
+        addCommonOptions (*command, words);
+        command->add_option ("--structure", words.structure, "Its form, or the number: " + listed (structureNames()))->type_name ("NAME|N");
+        command->add_option ("--duration", words.duration, "genre (its average), 2:00, 2:30, 3:00, 3:30, 4:00 or 5:00 [genre]")->type_name ("TIME");
+        command->add_option ("--bars", words.bars, "Length in bars, 16 to 384, instead of a duration")->type_name ("N");
+        return command;
+    }
+
+    void addWindowCommand (CLI::App& app, Words& words)
+    {
+        auto* command = app.add_subcommand ("window", "Render the plug-in's window, without a display");
+        command->add_option ("--png", words.png, "Where to write the picture")->type_name ("FILE")->required();
+        command->add_option ("--width", words.width, "Width in pixels, 900 to 1500 in a host [1120]")->type_name ("W");
+        command->add_option ("--height", words.height, "Height, 720 to 1050 in a host [840]")->type_name ("H");
+        command->add_option ("--scale", words.scale, "Pixels a pixel, 0.5 to 4 [1]")->type_name ("X");
+        addGenreOption (*command, words);
+        command->add_option ("--take", words.take, "The take that a project was saved at [1]")->type_name ("N");
+    }
+
+    //==============================================================================
     int fail (int exitCode, const std::string& message)
     {
         std::fprintf (stderr, "pulsewright-cli: %s\n", message.c_str());
@@ -286,29 +327,9 @@ namespace
 
         Words words;
 
-        auto* pattern = app.add_subcommand ("pattern", "Generate one groove or fill");
-        addCommonOptions (*pattern, words);
-        pattern->add_option ("--section", words.section, "What it is for, or its number: " + listed (namesOf<SectionType> (sectionTypeCount)))
-            ->type_name ("NAME|N");
-        pattern->add_option ("--bars", words.bars, "Length, 1 to 192 [2]")->type_name ("N");
-        pattern->add_option ("--seed", words.seed, "Seed beside the salt [0, as the plug-in's]")->type_name ("N");
-        pattern->add_option ("--mutate", words.mutate, "Mutate it once with this seed")->type_name ("N");
-        pattern->add_option ("--lock", words.lock, "Lanes that the mutation keeps: " + listed (namesOf<DrumLane> (laneCount)))
-            ->type_name ("LANE[,LANE...]");
-
-        auto* song = app.add_subcommand ("song", "Build a whole song");
-        addCommonOptions (*song, words);
-        song->add_option ("--structure", words.structure, "Its form, or the number: " + listed (structureNames()))->type_name ("NAME|N");
-        song->add_option ("--duration", words.duration, "genre (its average), 2:00, 2:30, 3:00, 3:30, 4:00 or 5:00 [genre]")->type_name ("TIME");
-        song->add_option ("--bars", words.bars, "Length in bars, 16 to 384, instead of a duration")->type_name ("N");
-
-        auto* window = app.add_subcommand ("window", "Render the plug-in's window, without a display");
-        window->add_option ("--png", words.png, "Where to write the picture")->type_name ("FILE")->required();
-        window->add_option ("--width", words.width, "Width in pixels, 900 to 1500 in a host [1120]")->type_name ("W");
-        window->add_option ("--height", words.height, "Height, 720 to 1050 in a host [840]")->type_name ("H");
-        window->add_option ("--scale", words.scale, "Pixels a pixel, 0.5 to 4 [1]")->type_name ("X");
-        window->add_option ("--genre", words.genre, "Style, or its number: " + listed (namesOf<Genre> (genreCount)))->type_name ("NAME|N");
-        window->add_option ("--take", words.take, "The take that a project was saved at [1]")->type_name ("N");
+        const auto* pattern = addPatternCommand (app, words);
+        const auto* song    = addSongCommand (app, words);
+        addWindowCommand (app, words);
 
         try
         {

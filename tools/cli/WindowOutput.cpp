@@ -7,7 +7,6 @@
 #include "processor/PulsewrightAudioProcessor.h"
 
 #include <memory>
-#include <string_view>
 
 namespace pulsewright::cli
 {
