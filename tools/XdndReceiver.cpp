@@ -12,6 +12,99 @@
 #include <cstdlib>
 #include <cstring>
 
+namespace
+{
+void say (const char* line)
+{
+    std::puts (line);
+    std::fflush (stdout); // whoever reads it waits for it
+}
+
+class DropWindow
+{
+public:
+    DropWindow (Display* displayToUse, int x, int y, unsigned width, unsigned height)
+        : display (displayToUse), window (make (displayToUse, x, y, width, height))
+    {
+        const long version = 5;
+        XChangeProperty (display, window, atom ("XdndAware"), XA_ATOM, 32, PropModeReplace, reinterpret_cast<const unsigned char*> (&version), 1);
+        XMapRaised (display, window);
+    }
+
+    void take (const XClientMessageEvent& message)
+    {
+        source = static_cast<::Window> (message.data.l[0]);
+
+        if (message.message_type == atom ("XdndPosition"))
+        {
+            answer ("XdndStatus", 4);
+            XSync (display, False); // whoever reads the line may release the button at once
+            say ("over");
+        }
+        else if (message.message_type == atom ("XdndDrop"))
+        {
+            XConvertSelection (display, atom ("XdndSelection"), atom ("text/uri-list"), atom ("DROP"), window, CurrentTime);
+        }
+    }
+
+    void printDropped (Atom property)
+    {
+        Atom type {};
+        int format {};
+        unsigned long items {}, left {};
+        unsigned char* data = nullptr;
+        XGetWindowProperty (display, window, property, 0, 65536, True, AnyPropertyType, &type, &format, &items, &left, &data);
+        std::printf ("%.*s\n", static_cast<int> (items), reinterpret_cast<const char*> (data));
+        std::fflush (stdout);
+        XFree (data);
+    }
+
+    void finish() { answer ("XdndFinished", 2); }
+
+private:
+    static ::Window make (Display* display, int x, int y, unsigned width, unsigned height)
+    {
+        XSetWindowAttributes attributes {};
+        attributes.override_redirect = True; // where it is put, whatever the window manager thinks
+        attributes.background_pixel  = 0x406080;
+
+        return XCreateWindow (display,
+                              DefaultRootWindow (display),
+                              x,
+                              y,
+                              width,
+                              height,
+                              0,
+                              CopyFromParent,
+                              InputOutput,
+                              CopyFromParent,
+                              CWOverrideRedirect | CWBackPixel,
+                              &attributes);
+    }
+
+    Atom atom (const char* name) const { return XInternAtom (display, name, False); }
+
+    /** Accepts. @param actionPlace  where the message has its action, which is to copy */
+    void answer (const char* type, int actionPlace)
+    {
+        XEvent event {};
+        event.xclient.type                = ClientMessage;
+        event.xclient.window              = source;
+        event.xclient.message_type        = atom (type);
+        event.xclient.format              = 32;
+        event.xclient.data.l[0]           = static_cast<long> (window);
+        event.xclient.data.l[1]           = 1;
+        event.xclient.data.l[actionPlace] = static_cast<long> (atom ("XdndActionCopy"));
+        XSendEvent (display, source, False, NoEventMask, &event);
+        XFlush (display);
+    }
+
+    Display* const display;
+    const ::Window window;
+    ::Window source = 0; // that drags
+};
+} // namespace
+
 int main (int argc, char* argv[])
 {
     auto* display = argc > 4 ? XOpenDisplay (nullptr) : nullptr;
@@ -19,48 +112,11 @@ int main (int argc, char* argv[])
     if (display == nullptr)
         return 2;
 
-    const bool neverFinishes = argc > 5 && std::strcmp (argv[5], "never-finish") == 0;
-    const auto atom          = [display] (const char* name) { return XInternAtom (display, name, False); };
     const auto number        = [argv] (int i) { return std::atoi (argv[i]); }; // NOLINT(cert-err34-c): the window's tests give numbers
+    const bool neverFinishes = argc > 5 && std::strcmp (argv[5], "never-finish") == 0;
 
-    XSetWindowAttributes attributes {};
-    attributes.override_redirect = True; // where it is put, whatever the window manager thinks
-    attributes.background_pixel  = 0x406080;
-
-    const auto window = XCreateWindow (display,
-                                       DefaultRootWindow (display),
-                                       number (1),
-                                       number (2),
-                                       static_cast<unsigned> (number (3)),
-                                       static_cast<unsigned> (number (4)),
-                                       0,
-                                       CopyFromParent,
-                                       InputOutput,
-                                       CopyFromParent,
-                                       CWOverrideRedirect | CWBackPixel,
-                                       &attributes);
-
-    const long version = 5;
-    XChangeProperty (display, window, atom ("XdndAware"), XA_ATOM, 32, PropModeReplace, reinterpret_cast<const unsigned char*> (&version), 1);
-    XMapRaised (display, window);
-    std::puts ("ready");
-    std::fflush (stdout);
-
-    ::Window source = 0;
-
-    const auto answer = [&] (const char* type, long accepts, Atom action)
-    {
-        XEvent event {};
-        event.xclient.type                                                  = ClientMessage;
-        event.xclient.window                                                = source;
-        event.xclient.message_type                                          = atom (type);
-        event.xclient.format                                                = 32;
-        event.xclient.data.l[0]                                             = static_cast<long> (window);
-        event.xclient.data.l[1]                                             = accepts;
-        event.xclient.data.l[std::strcmp (type, "XdndStatus") == 0 ? 4 : 2] = static_cast<long> (action);
-        XSendEvent (display, source, False, NoEventMask, &event);
-        XFlush (display);
-    };
+    DropWindow window (display, number (1), number (2), static_cast<unsigned> (number (3)), static_cast<unsigned> (number (4)));
+    say ("ready");
 
     for (;;)
     {
@@ -69,32 +125,14 @@ int main (int argc, char* argv[])
 
         if (event.type == ClientMessage)
         {
-            source          = static_cast<::Window> (event.xclient.data.l[0]);
-            const auto type = event.xclient.message_type;
-
-            if (type == atom ("XdndPosition"))
-            {
-                answer ("XdndStatus", 1, atom ("XdndActionCopy"));
-                XSync (display, False); // whoever reads the line may release the button at once
-                std::puts ("over");
-                std::fflush (stdout);
-            }
-            else if (type == atom ("XdndDrop"))
-                XConvertSelection (display, atom ("XdndSelection"), atom ("text/uri-list"), atom ("DROP"), window, CurrentTime);
+            window.take (event.xclient);
         }
         else if (event.type == SelectionNotify && event.xselection.property != 0)
         {
-            Atom type {};
-            int format {};
-            unsigned long items {}, left {};
-            unsigned char* data = nullptr;
-            XGetWindowProperty (display, window, event.xselection.property, 0, 65536, True, AnyPropertyType, &type, &format, &items, &left, &data);
-            std::printf ("%.*s\n", static_cast<int> (items), reinterpret_cast<const char*> (data));
-            std::fflush (stdout);
-            XFree (data);
+            window.printDropped (event.xselection.property);
 
             if (! neverFinishes)
-                answer ("XdndFinished", 1, atom ("XdndActionCopy"));
+                window.finish();
         }
     }
 }
