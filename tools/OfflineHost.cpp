@@ -30,7 +30,6 @@ OfflineHost::OfflineHost (const juce::File& bundle, double sampleRate, int large
     instance->setNonRealtime (true);
     instance->setPlayHead (playHead.get());
     instance->prepareToPlay (sampleRate, largestBlock);
-    midi.ensureSize (4096);
 }
 
 OfflineHost::~OfflineHost()

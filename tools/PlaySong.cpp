@@ -10,6 +10,7 @@
 #include "export/MidiFileWriter.h"
 #include "processor/PulsewrightAudioProcessor.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <stdexcept>

@@ -4,13 +4,28 @@
 #include "Progress.h"
 
 #include <cstdio>
-#include <unistd.h>
 #include <utility>
+
+#if __has_include(<unistd.h>)
+#include <unistd.h>
+#endif
 
 namespace pulsewright
 {
 
-Progress::Progress (std::string labelToShow) : label (std::move (labelToShow)), isOnTerminal (isatty (STDERR_FILENO) == 1)
+namespace
+{
+    bool isErrorStreamOnTerminal() noexcept
+    {
+#if __has_include(<unistd.h>)
+        return isatty (STDERR_FILENO) == 1;
+#else
+        return false; // other systems do without
+#endif
+    }
+} // namespace
+
+Progress::Progress (std::string labelToShow) : label (std::move (labelToShow)), isOnTerminal (isErrorStreamOnTerminal())
 {}
 
 Progress::~Progress()
