@@ -126,9 +126,9 @@ public:
     void processBlock (juce::AudioBuffer<double>& buffer, juce::MidiBuffer& midi) override;
     bool supportsDoublePrecisionProcessing() const override { return true; }
 
-    // Silence; incoming MIDI passes.
-    void processBlockBypassed (juce::AudioBuffer<float>& buffer, juce::MidiBuffer&) override { buffer.clear(); }
-    void processBlockBypassed (juce::AudioBuffer<double>& buffer, juce::MidiBuffer&) override { buffer.clear(); }
+    // Silence; incoming MIDI passes, and so does the transport.
+    void processBlockBypassed (juce::AudioBuffer<float>& buffer, juce::MidiBuffer& midi) override;
+    void processBlockBypassed (juce::AudioBuffer<double>& buffer, juce::MidiBuffer& midi) override;
 
     void getStateInformation (juce::MemoryBlock& destination) override;
     void setStateInformation (const void* data, int size) override;

@@ -63,6 +63,18 @@ void PulsewrightAudioProcessor::processBlock (juce::AudioBuffer<double>& buffer,
     render (buffer, midi);
 }
 
+void PulsewrightAudioProcessor::processBlockBypassed (juce::AudioBuffer<float>& buffer, juce::MidiBuffer&)
+{
+    buffer.clear();
+    readHostPosition (buffer.getNumSamples());
+}
+
+void PulsewrightAudioProcessor::processBlockBypassed (juce::AudioBuffer<double>& buffer, juce::MidiBuffer&)
+{
+    buffer.clear();
+    readHostPosition (buffer.getNumSamples());
+}
+
 template <typename Sample>
 void PulsewrightAudioProcessor::render (juce::AudioBuffer<Sample>& buffer, juce::MidiBuffer& midi)
 {
