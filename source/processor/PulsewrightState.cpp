@@ -35,9 +35,9 @@ namespace
     /** Whether the XML parser can be trusted with a text. It calls itself for every level of nesting and
         for every entity, and forgives much that is not XML, so its reading is not guessed at: these
         bounds hold whatever it makes of the text. (Of entities it also searches the whole rest of the text
-        for the end.) A state that was saved is plain ASCII, has one header
-        and no markup in its values; one that was cut short does not end with a tag. An attribute in base64,
-        which the tree takes for binary, says itself how much memory it wants; ours has none.
+        for the end.) A state that was saved is plain ASCII, has one header and no markup in its values; one
+        that was cut short does not end with a tag. An attribute in base64, which the tree takes for binary,
+        says itself how much memory it wants; ours has none.
     */
     bool isSafeToParse (std::string_view text)
     {
