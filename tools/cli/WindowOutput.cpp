@@ -39,9 +39,14 @@ void writeWindowPicture (const std::filesystem::path& target, const WindowPictur
     const std::unique_ptr<juce::AudioProcessorEditor> editor (processor.createEditor());
     editor->setSize (picture.width > 0 ? picture.width : editor->getWidth(), picture.height > 0 ? picture.height : editor->getHeight());
 
-    // The status line is the timer's: it has run once by then.
-    constexpr int firstTickMs = 150;
-    juce::MessageManager::getInstance()->runDispatchLoopUntil (firstTickMs);
+    // The status line is the timer's: it has run once by then, however slow the machine. Timers go off in the
+    // order in which they are due.
+    constexpr int afterFirstTickMs = 150;
+    bool hasTicked                 = false;
+    juce::Timer::callAfterDelay (afterFirstTickMs, [&hasTicked] { hasTicked = true; });
+
+    while (! hasTicked)
+        juce::MessageManager::getInstance()->runDispatchLoopUntil (10);
 
     const auto image = editor->createComponentSnapshot (editor->getLocalBounds(), true, picture.scale);
     juce::MemoryOutputStream png;
