@@ -227,19 +227,17 @@ TEST (DrumSynth, VoicesFreezeWithoutAKitAndKeepTheirOwn)
         ASSERT_EQ (second.getSample (0, i), whole.getSample (0, 128 + i));
 }
 
-TEST (DrumSynth, PrepareSilencesVoices)
+TEST (DrumSynth, PrepareSilencesVoicesAndTheNoiseGoesOn)
 {
     DrumSynth synth;
+    juce::AudioBuffer<float> first (2, 64), silent (2, 64), second (2, 64);
     synth.prepare (rate);
-    juce::AudioBuffer<float> before (2, 64), after (2, 64), again (2, 64);
-    synth.render (before, noteAt (0, 38), 0);
+    synth.render (first, noteAt (0, 38), 0);
     synth.prepare (rate);
-    synth.render (after, {}, 0);
-    EXPECT_TRUE (isSilent (after, 0, 64));
-
-    // The noise goes on: no two strokes are the same, not even across a restart.
-    synth.render (again, noteAt (0, 38), 0);
-    EXPECT_NE (again.getSample (0, 5), before.getSample (0, 5));
+    synth.render (silent, {}, 0);
+    synth.render (second, noteAt (0, 38), 0);
+    EXPECT_TRUE (isSilent (silent, 0, 64));
+    EXPECT_NE (second.getSample (0, 5), first.getSample (0, 5)) << "no two strokes are the same, not even across a restart";
 }
 
 } // namespace pulsewright

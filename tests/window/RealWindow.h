@@ -53,19 +53,8 @@ protected:
         ASSERT_TRUE (comesTrue ([&] { return find (title).isMouseOver (true); })) << title;
     }
 
-    void pressButton()
-    {
-        const auto before = presses;
-        run ("xdotool mousedown 1");
-        ASSERT_TRUE (comesTrue ([&] { return presses > before; }));
-    }
-
-    void releaseButton()
-    {
-        const auto before = releases;
-        run ("xdotool mouseup 1");
-        ASSERT_TRUE (comesTrue ([&] { return releases > before; }));
-    }
+    void pressButton() { sendUntilCounted ("xdotool mousedown 1", presses); }
+    void releaseButton() { sendUntilCounted ("xdotool mouseup 1", releases); }
 
     void click (const juce::String& title)
     {
@@ -78,9 +67,7 @@ protected:
     void doubleClick (const juce::String& title, juce::Point<int> offset = {})
     {
         pointAt (title, offset);
-        const auto before = releases;
-        run ("xdotool click --repeat 2 --delay 40 1");
-        ASSERT_TRUE (comesTrue ([&] { return releases >= before + 2; }));
+        sendUntilCounted ("xdotool click --repeat 2 --delay 40 1", releases, 2);
         runFor (100);
     }
 
@@ -91,6 +78,13 @@ protected:
     }
 
 private:
+    void sendUntilCounted (const char* command, const int& events, int times = 1)
+    {
+        const auto expected = events + times;
+        run (command);
+        ASSERT_TRUE (comesTrue ([&] { return events >= expected; })) << command;
+    }
+
     void mouseDown (const juce::MouseEvent&) override { ++presses; }
     void mouseUp (const juce::MouseEvent&) override { ++releases; }
 

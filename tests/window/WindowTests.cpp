@@ -18,6 +18,7 @@
 #include <ctime>
 #include <set>
 #include <thread>
+#include <tuple>
 
 namespace pulsewright
 {
@@ -102,8 +103,11 @@ TEST_F (Window, KnobsTurnAndTakeNumbers)
     runFor (300);
     EXPECT_EQ (processor.getChangeCounter(), changes);
 
-    doubleClick ("swing");
-    EXPECT_FLOAT_EQ (values.settingsValues()[3], 0.25f) << "a double click";
+    for (const auto& [knob, index, value] : { std::tuple { "swing", 3, 0.25f }, { "density", 0, 0.48f } })
+    {
+        doubleClick (knob);
+        EXPECT_FLOAT_EQ (values.settingsValues()[static_cast<std::size_t> (index)], value) << knob;
+    }
 }
 
 TEST_F (Window, TheKeyboardIsEnough)
