@@ -183,17 +183,18 @@ TEST_F (Window, TheKeyboardIsEnough)
 
 TEST_F (Window, DropsArrive)
 {
+    std::vector<std::unique_ptr<juce::ChildProcess>> receivers; // the newest lies on top
     const auto drops          = home ("drops.txt");
     const auto said           = [&] (const char* word) { return drops.loadFileAsString().contains (word); };
     const auto dropAtReceiver = [&] (const juce::String& title, const juce::String& manner) -> juce::String
     {
         drops.deleteFile();
-        juce::ChildProcess receiver;
-        EXPECT_TRUE (receiver.start (juce::StringArray { "sh",
-                                                         "-c",
-                                                         "exec \"$0\" 1250 100 300 300 \"$1\" > '" + drops.getFullPathName() + "'",
-                                                         PULSEWRIGHT_XDND_RECEIVER,
-                                                         manner }));
+        EXPECT_TRUE (receivers.emplace_back (std::make_unique<juce::ChildProcess>())
+                         ->start (juce::StringArray { "sh",
+                                                      "-c",
+                                                      "exec \"$0\" 1250 100 300 300 \"$1\" > '" + drops.getFullPathName() + "'",
+                                                      PULSEWRIGHT_XDND_RECEIVER,
+                                                      manner }));
         EXPECT_TRUE (comesTrue ([&] { return said ("ready"); }));
 
         pointAt (title);
@@ -206,7 +207,6 @@ TEST_F (Window, DropsArrive)
         releaseButton();
         EXPECT_TRUE (comesTrue ([&] { return said ("file:///"); })) << title << ", " << manner;
         runFor (100);
-        receiver.kill();
         return drops.loadFileAsString().fromFirstOccurrenceOf ("file:///", true, false).trim();
     };
 
@@ -223,6 +223,9 @@ TEST_F (Window, DropsArrive)
         dropAtReceiver ("Drag pattern MIDI", "never-finish");
 
     EXPECT_TRUE (isFileDragUnderWay (*editor));
+    editor.reset(); // before they go: the drag would speak to a window that is no more
+    for (const auto& receiver : receivers)
+        receiver->kill();
 }
 
 TEST_F (Window, SavesWhereTheDialogSays)
