@@ -24,6 +24,7 @@ enum class Genre : std::uint32_t
 };
 
 inline constexpr std::uint32_t genreCount = 7;
+static_assert (static_cast<std::uint32_t> (Genre::electronic) + 1 == genreCount, "counted to the last one; projects store these values");
 
 /** The display name, or "Unknown" for a value that is none of them. */
 std::string_view nameOf (Genre genre) noexcept;
