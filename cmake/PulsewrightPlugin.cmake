@@ -30,7 +30,6 @@ target_sources (Pulsewright PRIVATE
     source/processor/DrumVoice.h
     source/processor/KitTables.cpp
     source/processor/KitTables.h
-    source/processor/Lv2Transport.h
     source/processor/Parameters.cpp
     source/processor/Parameters.h
     source/processor/PercentRange.h

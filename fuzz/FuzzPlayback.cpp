@@ -15,7 +15,7 @@ namespace pulsewright::fuzz
 
 namespace
 {
-    constexpr double largestRounding = 1.0 / 960.0;
+    constexpr double largestRounding = TransportContinuity::largestRounding;
 
     //==============================================================================
     std::vector<DrumHit> anyHits (FuzzedDataProvider& input, double lengthInBeats)

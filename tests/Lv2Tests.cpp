@@ -14,7 +14,7 @@ namespace pulsewright
 namespace
 {
     constexpr double sampleRate = 48000.0;
-    constexpr double bpm        = 96.0;
+    constexpr double bpm        = 90.0; // also the opening style's: what is played where the host names none
     constexpr int blockSize     = 480;
 
     Lv2Host loadLv2()
@@ -64,10 +64,13 @@ TEST (Lv2, PlaysTheSongThatTheVst3PlaysWhateverTheHostSaysOfItsTransport)
     struct Manner
     {
         const char* name;
-        bool namesBeat, repeatsItself;
+        bool namesBeat, namesTempo, repeatsItself;
     };
 
-    for (const auto& manner : { Manner { "the beat, once", true, false }, { "the sample, once", false, false }, { "the beat, always", true, true } })
+    for (const auto& manner : { Manner { "the beat, once", true, true, false },
+                                { "the sample, once", false, true, false },
+                                { "the sample without a tempo", false, false, false },
+                                { "the beat, always", true, true, true } })
     {
         auto host = loadLv2();
         host.setParameter ("play_mode", 1.0f);
@@ -76,7 +79,11 @@ TEST (Lv2, PlaysTheSongThatTheVst3PlaysWhateverTheHostSaysOfItsTransport)
         {
             for (int block = 0; block < blocks; ++block)
                 if (block == 0 || manner.repeatsItself)
-                    host.process (blockSize, Lv2Host::Transport { .beat = startBeat + beatsIn (block), .bpm = bpm, .namesBeat = manner.namesBeat });
+                    host.process (blockSize,
+                                  Lv2Host::Transport { .beat       = startBeat + beatsIn (block),
+                                                       .bpm        = bpm,
+                                                       .namesBeat  = manner.namesBeat,
+                                                       .namesTempo = manner.namesTempo });
                 else
                     host.process (blockSize);
         };

@@ -5,12 +5,16 @@
 
 #include "generation/GrooveGenerator.h"
 #include "generation/SongBuilder.h"
+#include "processor/Lv2Transport.h"
 #include "processor/PreviewTransport.h"
 #include "processor/SnapshotExchange.h"
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <atomic>
+#include <cstdio>
+#include <cstdlib>
 #include <functional>
 #include <limits>
 #include <map>
@@ -119,6 +123,124 @@ TEST (PlaybackEngine, BlocksMeetHoweverAHostRoundsTheirPositions)
         }
 }
 
+namespace
+{
+    /** A host that repeats a loop, and how it rounds the positions that it names. */
+    struct LoopingHost
+    {
+        const char* name;
+        std::function<double (double)> rounded;
+        bool countsInSamples; ///< every pass begins at the same sample; else a pass begins where the last one ended
+    };
+
+    const LoopingHost loopingHosts[] { { "exact", [] (double b) { return b; }, false },
+                                       { "exact, loop in samples", [] (double b) { return b; }, true },
+                                       { "rounded to 1/960", [] (double b) { return std::round (b * 960.0) / 960.0; }, false },
+                                       { "rounded to 1/1920", [] (double b) { return std::round (b * 1920.0) / 1920.0; }, true },
+                                       { "cut to 1/960", [] (double b) { return std::floor (b * 960.0) / 960.0; }, true },
+                                       { "cut to 1/1920", [] (double b) { return std::floor (b * 1920.0) / 1920.0; }, false },
+                                       { "single precision", [] (double b) { return static_cast<double> (static_cast<float> (b)); }, false } };
+
+    struct LoopRun
+    {
+        HostLoop loop;
+        double bpm;
+        int blockSize, passes;
+        bool isReported; ///< to the plug-in
+    };
+
+    /** Note and velocity, and the samples at which they begin. */
+    using Onsets = std::map<std::pair<int, int>, std::vector<double>>;
+
+    void addOnsets (Onsets& onsets, const std::vector<NoteEvent>& events, const std::function<double (const NoteEvent&)>& sampleOf)
+    {
+        for (const auto& event : events)
+            if (event.status == NoteEvent::noteOn)
+                onsets[{ event.note, event.velocity }].push_back (sampleOf (event));
+    }
+
+    /** What the loop has, and what the blocks play of it. */
+    std::pair<Onsets, Onsets> wantedAndHeard (const LoopingHost& host, const PlaybackData& music, Repeat repeat, const LoopRun& run)
+    {
+        const auto beatsPerSample = run.bpm / (rate * 60.0);
+        TransportContinuity continuity;
+        BlockSizes sizes { run.blockSize };
+        Onsets wanted, heard;
+        double passBeat = run.loop.start, sample = 0.0;
+
+        for (int pass = 0; pass < run.passes; ++pass)
+        {
+            const bool isReported   = run.isReported || pass == run.passes - 1; // the last pass shall not begin another
+            const auto exactSamples = (run.loop.end - passBeat) / beatsPerSample;
+            const auto passSamples  = static_cast<int> (host.countsInSamples ? std::round (exactSamples) : std::ceil (exactSamples - 1e-6));
+
+            for (const auto& hit : hitsOf (music))
+                for (double beat = hit.start; beat < run.loop.end; beat += repeat == Repeat::looped ? music.lengthInBeats : 1e9)
+                    if (beat >= run.loop.start)
+                        wanted[{ hit.note, hit.velocity }].push_back (sample + (beat - passBeat) / beatsPerSample);
+
+            for (int done = 0; done < passSamples;)
+            {
+                const auto numSamples = std::min (sizes.next(), passSamples - done);
+                const auto start      = host.rounded (passBeat + done * beatsPerSample);
+                const auto window     = continuity.join (windowAt (start, run.bpm, rate, numSamples),
+                                                     isReported ? std::make_optional (run.loop) : std::nullopt,
+                                                     repeat == Repeat::looped ? music.lengthInBeats : 0.0);
+                addOnsets (heard, eventsOf (music, repeat, window), [&] (const NoteEvent& event) { return sample + done + event.sampleOffset; });
+                done += numSamples;
+            }
+
+            sample += passSamples;
+            passBeat = host.countsInSamples ? run.loop.start : passBeat + passSamples * beatsPerSample - run.loop.length();
+        }
+
+        return { wanted, heard };
+    }
+} // namespace
+
+/** In loops that are and are not a whole number of samples or of patterns. PULSEWRIGHT_LOOPS sets how many of each. */
+TEST (PlaybackEngine, ALoopPlaysEveryOnsetOnceInEveryPass)
+{
+    const auto* loops = std::getenv ("PULSEWRIGHT_LOOPS"); // NOLINT(concurrency-mt-unsafe): no thread changes it
+    std::mt19937 dice (11);
+    const auto oneOf        = [&dice] (auto... values) { return std::array { values... }[dice() % sizeof...(values)]; };
+    std::size_t onsetsHeard = 0;
+
+    for (const auto& host : loopingHosts)
+        for (const int bars : { 1, 2, 3, 5, 7, 12 })
+            for (int draw = 0; draw < (loops != nullptr ? std::atoi (loops) : 2); ++draw) // NOLINT(cert-err34-c)
+            {
+                const auto repeat    = bars == 12 ? Repeat::once : Repeat::looped;
+                const auto music     = busyGroove (bars);
+                const auto startBeat = 4.0 * oneOf (0, 0, 1, 2, 4);
+                const auto loopBars  = oneOf (1, 2, 3, 4, 5, 6, 7, 8);
+                const LoopRun run { .loop       = { startBeat, startBeat + 4.0 * loopBars },
+                                    .bpm        = oneOf (90.0, 93.7, 120.0, 174.3),
+                                    .blockSize  = oneOf (32, 64, 441, 1024, 4096, 0),
+                                    .passes     = 100,
+                                    .isReported = loopBars % bars != 0 || draw % 2 == 0 };
+                auto [wanted, heard] = wantedAndHeard (host, *music, repeat, run);
+                ASSERT_EQ (wanted.size(), heard.size());
+
+                for (auto& [note, samples] : wanted)
+                {
+                    auto& played     = heard[note];
+                    const auto story = testing::Message() << host.name << ", " << bars << " bars, loop " << run.loop.start << " to " << run.loop.end
+                                                          << " at " << run.bpm << " BPM, blocks of " << run.blockSize << ", note " << note.first;
+                    std::sort (samples.begin(), samples.end());
+                    std::sort (played.begin(), played.end());
+                    ASSERT_EQ (played.size(), samples.size()) << story;
+                    onsetsHeard += played.size();
+
+                    for (std::size_t i = 0; i < samples.size(); ++i)
+                        ASSERT_NEAR (played[i], samples[i], 1.0 + 1.0 / 480.0 * 60.0 * rate / run.bpm) << story;
+                }
+            }
+
+    EXPECT_GT (onsetsHeard, 100000u);
+    std::printf ("%zu onsets, each once\n", onsetsHeard);
+}
+
 TEST (PlaybackEngine, AJumpIsPlayedAsItStands)
 {
     TransportContinuity continuity;
@@ -183,6 +305,82 @@ TEST (PlaybackEngine, FarOutARoundedBeatStillHasItsEnd)
     const auto window = windowAt (0x1p32 + 1.5, 60.0, 100.0, 6);
 
     EXPECT_EQ (eventsOf (*music, Repeat::looped, window), (std::vector<NoteEvent> { { 0, 0x89, 36, 0 } }));
+}
+
+//==============================================================================
+/** At 100 samples a second; without a named tempo, 60 BPM: then a hundredth of a beat a sample. */
+TEST (Lv2Transport, KeepsTheBeatThatTheHostDoesNotName)
+{
+    using Beats = std::vector<std::pair<double, double>>; // and the tempo, a stretch each
+
+    struct Block
+    {
+        std::optional<HostPosition> said;
+        Beats wanted;
+    };
+
+    const auto at = [] (std::int64_t sample, std::optional<double> tempo = {}, bool isRolling = true)
+    { return HostPosition { .isRolling = isRolling, .beat = {}, .tempo = tempo, .sample = sample, .loop = {} }; };
+
+    const std::vector<Block> stories[] {
+        // No tempo at all: the fallback, and the beat goes on.
+        { { at (0), { { 0, 60 } } }, { {}, { { 0.1, 60 } } }, { {}, { { 0.2, 60 } } }, { at (400), { { 4, 60 } } }, { {}, { { 4.1, 60 } } } },
+        // A tempo that is no longer named stays until the next jump.
+        { { at (0, 120), { { 0, 120 } } }, { at (10), { { 0.2, 120 } } }, { {}, { { 0.4, 120 } } }, { at (400), { { 4, 60 } } } },
+        // A new tempo counts from its sample; a jump counts from the start. 600 samples at 120 BPM are 12 beats.
+        { { at (600, 60), { { 6, 60 } } },
+          { at (610, 120), { { 6.1, 120 } } },
+          { at (624, 240), { { 6.3, 120 }, { 6.38, 240 } } },
+          { {}, { { 6.62, 240 } } },
+          { at (600, 120), { { 12, 120 } } } },
+        // While it stands, the beat does; it goes on from there.
+        { { at (0, 60), { { 0, 60 } } },
+          { at (10, 60, false), {} },
+          { at (10, 120, false), {} },
+          { at (10, 120), { { 0.1, 120 } } },
+          { {}, { { 0.3, 120 } } } },
+        // A named beat is taken at its sample.
+        { { HostPosition { .isRolling = true, .beat = 5.0, .tempo = 60.0, .sample = 77, .loop = {} }, { { 5, 60 } } },
+          { HostPosition { .isRolling = true, .beat = 9.0, .tempo = 60.0, .sample = 92, .loop = {} }, { { 5.1, 60 }, { 9, 60 } } },
+          { {}, { { 9.05, 60 } } } },
+        // Numbers that cannot be played do no lasting harm.
+        { { at (std::numeric_limits<std::int64_t>::max() - 5, 60), { { 0x1p63 / 100, 60 } } },
+          { at (std::numeric_limits<std::int64_t>::min(), 60), { { -0x1p63 / 100, 60 } } },
+          { at (0, std::numeric_limits<double>::quiet_NaN(), false), {} },
+          { at (0, 60), { { 0, 60 } } } }
+    };
+
+    for (const auto& story : stories)
+    {
+        Lv2Transport transport;
+
+        for (std::size_t block = 0; block < story.size(); ++block)
+        {
+            const auto& [said, wanted] = story[block];
+            Beats heard;
+            int samples = 0;
+            transport.follow (said,
+                              10,
+                              100.0,
+                              60.0,
+                              [&] (const HostStretch& stretch)
+                              {
+                                  EXPECT_EQ (stretch.firstSample, samples);
+                                  samples += stretch.numSamples;
+                                  if (stretch.position.isRolling)
+                                      heard.emplace_back (stretch.position.beat.value(), stretch.position.tempo.value());
+                              });
+
+            EXPECT_EQ (samples, 10);
+            ASSERT_EQ (heard.size(), wanted.size()) << "story " << &story - stories << ", block " << block;
+            for (std::size_t i = 0; i < wanted.size(); ++i)
+            {
+                EXPECT_NEAR (heard[i].first, wanted[i].first, 1e-9 * std::abs (wanted[i].first))
+                    << "story " << &story - stories << ", block " << block;
+                EXPECT_EQ (heard[i].second, wanted[i].second) << "story " << &story - stories << ", block " << block;
+            }
+        }
+    }
 }
 
 //==============================================================================

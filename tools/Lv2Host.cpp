@@ -156,8 +156,12 @@ struct Lv2Host::Impl
                  lv2_atom_forge_long (&forge, std::llround (transport.beat * 60.0 / transport.bpm * sampleRate));
                  key (LV2_TIME__speed);
                  lv2_atom_forge_float (&forge, transport.isRolling ? 1.0f : 0.0f);
-                 key (LV2_TIME__beatsPerMinute);
-                 lv2_atom_forge_float (&forge, static_cast<float> (transport.bpm));
+
+                 if (transport.namesTempo)
+                 {
+                     key (LV2_TIME__beatsPerMinute);
+                     lv2_atom_forge_float (&forge, static_cast<float> (transport.bpm));
+                 }
 
                  if (transport.namesBeat)
                  {

@@ -28,8 +28,9 @@ public:
     {
         double beat; ///< since the start, in quarter notes
         double bpm;
-        bool isRolling = true;
-        bool namesBeat = true; ///< or the sample alone, as some hosts do
+        bool isRolling  = true;
+        bool namesBeat  = true; ///< or the sample alone, as some hosts do
+        bool namesTempo = true;
     };
 
     struct Message

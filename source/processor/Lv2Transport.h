@@ -1,59 +1,137 @@
 // SPDX-FileCopyrightText: 2026 Tolm
 // SPDX-License-Identifier: AGPL-3.0-only
 
-// The host's transport as an LV2 learns of it, made whole.
+// Completes what an LV2 host says of its transport.
 
 #pragma once
 
-#include <juce_audio_basics/juce_audio_basics.h>
+#include "HostPosition.h"
+
+#include <algorithm>
+#include <cmath>
 
 namespace pulsewright
 {
 
-/** LV2 hosts speak only when the transport does something other than going on, and JUCE's wrapper forgets
-    what they said with every block. Some, Ardour among them, say bar and sample but never the running beat
-    that JUCE looks for. So what was said last is kept and carried on, and a missing beat is counted from the
-    sample: exact unless the tempo has changed on the way to it.
+/** Keeps the transport of an LV2 host from block to block.
+
+    LV2 hosts send a position only when the transport changes, and JUCE's wrapper forgets it after the block.
+    Some hosts name neither beat nor tempo. So:
+
+    - The beat goes on from block to block at the present tempo.
+    - While the samples go on without a jump, a new position counts from the sample that it names, also in the
+      middle of a block.
+    - After a jump in samples the beat is the one that the host names, or else sample times tempo, as if the
+      tempo had been the same since the start.
+    - A tempo that the host does not name is the last one that it named since the last jump, or else the caller's.
 
     Thread: audio. Blocks: never. Allocates: never.
 */
 class Lv2Transport
 {
 public:
-    using Position = juce::Optional<juce::AudioPlayHead::PositionInfo>;
-
     /** Call once for every block, also for those that are not played.
-        @param said  what the wrapper knows of this block: mostly nothing
+        @param said           what the host says in this block: mostly nothing
+        @param fallbackTempo  BPM where the host names none
+        @param sink           called with each HostStretch of the block, in order: one or two
     */
-    Position follow (const Position& said, int numSamples, double sampleRate) noexcept
+    template <typename Sink>
+    void follow (const std::optional<HostPosition>& said, int numSamples, double newSampleRate, double fallbackTempo, Sink&& sink) noexcept
     {
-        if (said.hasValue())
+        sampleRate = std::max (1.0, newSampleRate);
+        useTempo (namedTempo.value_or (fallbackTempo));
+
+        const int change = said ? sampleOfChange (*said, numSamples) : numSamples;
+
+        if (change > 0 || ! said)
+            play (0, change, sink);
+
+        if (said)
         {
-            last         = said;
-            samplesSince = 0.0;
+            take (*said, fallbackTempo);
+            play (change, numSamples - change, sink);
         }
-
-        if (! last.hasValue())
-            return {};
-
-        auto now           = *last;
-        const auto ppq     = now.getPpqPosition();
-        const auto sample  = now.getTimeInSamples();
-        const auto beatsOf = [&] (double samples) // in this order: whole beats come out whole
-        { return samples * now.getBpm().orFallback (0.0) / (60.0 * sampleRate); };
-
-        if (ppq.hasValue())
-            now.setPpqPosition (*ppq + beatsOf (samplesSince));
-        else if (sample.hasValue())
-            now.setPpqPosition (beatsOf (static_cast<double> (*sample) + samplesSince));
-
-        samplesSince += now.getIsPlaying() ? numSamples : 0;
-        return now;
     }
 
 private:
-    Position last;
-    double samplesSince = 0.0; ///< the last word
+    /** The sample in the block from which a position counts: the first, unless the samples go on up to it. */
+    int sampleOfChange (const HostPosition& said, int numSamples) const noexcept
+    {
+        if (! isRolling || ! nextSample || ! said.sample)
+            return 0;
+
+        const auto distance = static_cast<std::uint64_t> (*said.sample) - static_cast<std::uint64_t> (*nextSample);
+        return distance < static_cast<std::uint64_t> (numSamples) ? static_cast<int> (distance) : 0;
+    }
+
+    void take (const HostPosition& said, double fallbackTempo) noexcept
+    {
+        const bool isJump = said.sample && said.sample != nextSample;
+
+        if (said.tempo || isJump)
+            namedTempo = said.tempo;
+
+        useTempo (namedTempo.value_or (fallbackTempo));
+
+        if (said.beat)
+            countFrom (*said.beat, 0.0);
+        else if (isJump)
+            countFrom (0.0, static_cast<double> (*said.sample));
+
+        if (said.sample)
+            nextSample = said.sample;
+
+        isRolling = said.isRolling;
+    }
+
+    template <typename Sink>
+    void play (int firstSample, int numSamples, Sink&& sink) noexcept
+    {
+        sink (HostStretch { firstSample, numSamples, { .isRolling = isRolling, .beat = beat(), .tempo = tempo, .sample = nextSample, .loop = {} } });
+
+        if (! isRolling)
+            return;
+
+        samplesSince += numSamples;
+
+        if (nextSample)
+            nextSample = static_cast<std::int64_t> (static_cast<std::uint64_t> (*nextSample) + static_cast<std::uint64_t> (numSamples));
+    }
+
+    std::optional<double> beat() const noexcept
+    {
+        const double usable = std::isfinite (tempo) && tempo > 0.0 ? tempo : 0.0;
+
+        if (! countedFrom)
+            return {};
+
+        return *countedFrom + samplesSince * usable / (60.0 * sampleRate); // in this order: whole beats come out whole
+    }
+
+    void useTempo (double newTempo) noexcept
+    {
+        if (newTempo == tempo)
+            return;
+
+        if (const auto reached = beat())
+            countFrom (*reached, 0.0);
+
+        tempo = newTempo;
+    }
+
+    void countFrom (double newBeat, double newSamplesSince) noexcept
+    {
+        countedFrom  = newBeat;
+        samplesSince = newSamplesSince;
+    }
+
+    bool isRolling    = false;
+    double sampleRate = 1.0;
+    double tempo      = 0.0;                // BPM, in use
+    std::optional<double> namedTempo;       // BPM, by the host since the last jump
+    std::optional<std::int64_t> nextSample; // that the next block begins with
+    std::optional<double> countedFrom;      // a beat,
+    double samplesSince = 0.0;              // and what has been played since
 };
 
 } // namespace pulsewright

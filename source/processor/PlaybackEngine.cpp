@@ -29,21 +29,33 @@ BlockWindow windowAt (double startBeat, double tempoBpm, double sampleRate, int 
     return { .start = startBeat, .from = startBeat, .end = startBeat + span, .beatsPerSample = beatsPerSample, .numSamples = numSamples };
 }
 
-BlockWindow TransportContinuity::join (BlockWindow window) noexcept
+BlockWindow TransportContinuity::join (BlockWindow window, const std::optional<HostLoop>& loop, double patternLength) noexcept
 {
-    if (isRolling && std::abs (window.start - playedUntil) <= largestRounding)
+    const auto isSamePlace = [&window] (double beat) { return std::abs (window.start - beat) <= largestRounding; };
+
+    if (loop && window.end > loop->end && window.end - loop->end <= largestRounding)
+        window.end = loop->end;
+
+    if (isRolling && isSamePlace (playedUntil))
     {
-        // A short block may lie wholly before the end of the last one: then it plays nothing, and
-        // what has been played stays played.
+        // A short block may lie wholly before the end of the last one: then it plays nothing.
         window.from = playedUntil;
-        playedUntil = std::max (playedUntil, window.end);
     }
-    else
+    else if (isRolling && loop && playedUntil >= loop->end - largestRounding && isSamePlace (playedUntil - loop->length()))
     {
-        playedUntil = window.end;
+        // What the last block has left of the loop is other music than what stands before the loop's start.
+        window.remainder = { playedUntil, loop->end };
+        window.from      = std::max (playedUntil - loop->length(), loop->start);
+    }
+    else if (isRolling && patternLength > 0.0)
+    {
+        const double difference = std::remainder (window.start - playedUntil, patternLength);
+        window.from             = std::abs (difference) <= largestRounding ? window.start - difference : window.start;
     }
 
-    isRolling = true;
+    // What has been played stays played.
+    playedUntil = std::max (window.from, window.end);
+    isRolling   = true;
     return window;
 }
 

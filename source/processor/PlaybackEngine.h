@@ -5,6 +5,7 @@
 
 #pragma once
 
+#include "HostPosition.h"
 #include "PlaybackData.h"
 
 #include <algorithm>
@@ -17,6 +18,12 @@ namespace pulsewright
 {
 
 //==============================================================================
+/** The last beats of a loop's pass that no block has covered: played late, at the next block's first sample. */
+struct LoopRemainder
+{
+    double from = 0.0, end = 0.0;
+};
+
 /** A stretch of musical time that one block of samples covers. */
 struct BlockWindow
 {
@@ -25,13 +32,15 @@ struct BlockWindow
     double end            = 0.0; ///< the first beat that is not
     double beatsPerSample = 0.0;
     int numSamples        = 0;
+    int firstSample       = 0;  ///< of the host's block: not 0 where the tempo changes in the middle of it
+    LoopRemainder remainder {}; ///< mostly empty
 
-    /** The sample at which a time inside the window is played. */
+    /** The sample of the host's block at which a time inside the window is played. */
     int offsetOf (double beat) const noexcept
     {
         // The division, not a multiplication by the reciprocal: that would move notes by a sample now and then.
         const double offset = (beat - start) / beatsPerSample;
-        return static_cast<int> (std::clamp (offset, 0.0, static_cast<double> (std::max (0, numSamples - 1))));
+        return firstSample + static_cast<int> (std::clamp (offset, 0.0, static_cast<double> (std::max (0, numSamples - 1))));
     }
 };
 
@@ -44,19 +53,24 @@ BlockWindow windowAt (double startBeat, double tempoBpm, double sampleRate, int 
 //==============================================================================
 /** Joins the blocks of a host whose positions are rounded.
 
-    Many hosts give each block's position with a rounding of their own, so that it does not quite
-    equal the end of the block before. A small difference is taken up by playing from where the last
-    block ended; a large one is a jump, and the block is played as it stands.
+    Many hosts give each block's position with a rounding of their own, so that it does not quite equal the end of
+    the block before. A difference of at most 1/960 beat is taken up by playing from where the last block ended; a
+    larger one is a jump, and the block is played as it stands. The difference is taken as it stands, across the
+    host's loop, or modulo the pattern's length. A block that ends at most 1/960 beat behind the host's loop ends
+    with the loop.
 
     Thread: audio. Blocks: never. Allocates: never.
 */
 class TransportContinuity
 {
 public:
-    static constexpr double largestRounding = 1.0 / 960.0; ///< in beats
+    static constexpr double largestRounding = 1.0 / 960.0 + 1e-9; ///< in beats; the sums of doubles are not exact
 
-    /** Call for every rolling block, in order, with its window as it stands. */
-    BlockWindow join (BlockWindow window) noexcept;
+    /** Call for every rolling block, in order, with its window as it stands.
+        @param loop           that the host repeats
+        @param patternLength  in beats, where a pattern is repeated; else 0
+    */
+    BlockWindow join (BlockWindow window, const std::optional<HostLoop>& loop = {}, double patternLength = 0.0) noexcept;
 
     /** Call whenever the transport does not roll. */
     void breakOff() noexcept { isRolling = false; }
@@ -96,53 +110,62 @@ enum class Repeat
 template <typename Sink>
 void findEvents (const PlaybackData& music, Repeat repeat, const BlockWindow& window, Sink&& sink)
 {
-    const auto isInBlock = [&window] (double beat) { return beat >= window.from && beat < window.end; };
-
-    const auto playPart = [&] (double firstBeat, std::span<const DrumHit> hits)
+    const auto playRange = [&] (double from, double end, auto&& offsetOf)
     {
-        // Wide enough that no rounding can hide a hit; isInBlock() decides.
-        const double slack = 8.0 * std::numeric_limits<double>::epsilon() * (std::abs (window.end) + std::abs (firstBeat) + 1.0);
-        const double first = window.from - firstBeat - music.longestHit - slack;
-        const double last  = window.end - firstBeat + slack;
+        const auto isInRange = [from, end] (double beat) { return beat >= from && beat < end; };
 
-        if (first > hits.back().start || last < hits.front().start)
+        const auto playPart = [&] (double firstBeat, std::span<const DrumHit> hits)
+        {
+            // Wide enough that no rounding can hide a hit; isInRange() decides.
+            const double slack = 8.0 * std::numeric_limits<double>::epsilon() * (std::abs (end) + std::abs (firstBeat) + 1.0);
+            const double first = from - firstBeat - music.longestHit - slack;
+            const double last  = end - firstBeat + slack;
+
+            if (first > hits.back().start || last < hits.front().start)
+                return;
+
+            const auto startsBefore = [] (const DrumHit& hit, double beat) { return hit.start < beat; };
+
+            for (auto hit = std::lower_bound (hits.begin(), hits.end(), first, startsBefore); hit != hits.end() && hit->start < last; ++hit)
+            {
+                const double onBeat  = firstBeat + hit->start;
+                const double offBeat = onBeat + hit->length;
+                const auto note      = static_cast<std::uint8_t> (hit->note & 0x7Fu);
+
+                if (isInRange (onBeat))
+                    sink (NoteEvent { offsetOf (onBeat), NoteEvent::noteOn, note, static_cast<std::uint8_t> (std::min (hit->velocity, 127u)) });
+
+                if (isInRange (offBeat))
+                    sink (NoteEvent { offsetOf (offBeat), NoteEvent::noteOff, note, 0 });
+            }
+        };
+
+        const auto playRepetition = [&] (double firstBeat)
+        {
+            for (const auto& part : music.parts)
+                playPart (firstBeat + part.startBeat, part.hits);
+        };
+
+        if (! (from < end))
             return;
 
-        const auto startsBefore = [] (const DrumHit& hit, double beat) { return hit.start < beat; };
+        if (repeat == Repeat::once)
+            return playRepetition (0.0);
 
-        for (auto hit = std::lower_bound (hits.begin(), hits.end(), first, startsBefore); hit != hits.end() && hit->start < last; ++hit)
-        {
-            const double onBeat  = firstBeat + hit->start;
-            const double offBeat = onBeat + hit->length;
-            const auto note      = static_cast<std::uint8_t> (hit->note & 0x7Fu);
+        // One repetition more on each side: a note may begin before the loop's start and end after it.
+        const double length        = music.lengthInBeats;
+        const auto firstRepetition = static_cast<std::int64_t> (std::floor (from / length)) - 1;
+        const auto lastRepetition  = static_cast<std::int64_t> (std::floor (end / length)) + 1;
 
-            if (isInBlock (onBeat))
-                sink (NoteEvent { window.offsetOf (onBeat), NoteEvent::noteOn, note, static_cast<std::uint8_t> (std::min (hit->velocity, 127u)) });
-
-            if (isInBlock (offBeat))
-                sink (NoteEvent { window.offsetOf (offBeat), NoteEvent::noteOff, note, 0 });
-        }
+        for (auto repetition = firstRepetition; repetition <= lastRepetition; ++repetition)
+            playRepetition (static_cast<double> (repetition) * length);
     };
 
-    const auto playRepetition = [&] (double firstBeat)
-    {
-        for (const auto& part : music.parts)
-            playPart (firstBeat + part.startBeat, part.hits);
-    };
-
-    if (! (window.from < window.end) || music.parts.empty() || ! (music.lengthInBeats > 0.0))
+    if (music.parts.empty() || ! (music.lengthInBeats > 0.0))
         return;
 
-    if (repeat == Repeat::once)
-        return playRepetition (0.0);
-
-    // One repetition more on each side: a note may begin before the loop's start and end after it.
-    const double length        = music.lengthInBeats;
-    const auto firstRepetition = static_cast<std::int64_t> (std::floor (window.from / length)) - 1;
-    const auto lastRepetition  = static_cast<std::int64_t> (std::floor (window.end / length)) + 1;
-
-    for (auto repetition = firstRepetition; repetition <= lastRepetition; ++repetition)
-        playRepetition (static_cast<double> (repetition) * length);
+    playRange (window.remainder.from, window.remainder.end, [&window] (double) { return window.firstSample; });
+    playRange (window.from, window.end, [&window] (double beat) { return window.offsetOf (beat); });
 }
 
 } // namespace pulsewright

@@ -155,8 +155,6 @@ public:
     juce::AudioProcessorValueTreeState parameters;
 
 private:
-    using HostPosition = juce::Optional<juce::AudioPlayHead::PositionInfo>;
-
     static constexpr const char* stateType = "PulsewrightState";
     static constexpr int noSection         = -1;
 
@@ -186,10 +184,11 @@ private:
     template <typename Sample>
     void render (juce::AudioBuffer<Sample>& buffer, juce::MidiBuffer& midi);
     void filterIncoming (const juce::MidiBuffer& incoming);
-    HostPosition readHostPosition (int numSamples) noexcept;
-    void addEvents (const PlaybackSnapshot& snapshot, const HostPosition& position, int numSamples);
+    template <typename Sink>
+    void followHost (int numSamples, Sink&& sink) noexcept; ///< gives the sink each HostStretch of the block
+    void addEvents (const PlaybackSnapshot& snapshot, int numSamples);
     void addPreviewEvents (const PlaybackSnapshot& snapshot, PreviewTransport::Block block, int numSamples);
-    void addHostEvents (const PlaybackSnapshot& snapshot, const HostPosition& position, int numSamples);
+    void addHostEvents (const PlaybackSnapshot& snapshot, const HostStretch& stretch);
     const PlaybackData* sourceOf (const PlaybackSnapshot& snapshot, bool fullSong) const noexcept;
 
     const ParameterReader values; // any thread

@@ -25,6 +25,27 @@ namespace
         return juce::isPositiveAndBelow (slot, numTriggerNotes) ? slot : -1;
     }
 
+    std::optional<HostLoop> loopOf (const juce::AudioPlayHead::PositionInfo& said) noexcept
+    {
+        const auto points = said.getLoopPoints();
+
+        if (! said.getIsLooping() || ! points.hasValue() || ! (points->ppqStart < points->ppqEnd))
+            return {};
+
+        return HostLoop { points->ppqStart, points->ppqEnd };
+    }
+
+    HostPosition positionOf (const juce::AudioPlayHead::PositionInfo& said) noexcept
+    {
+        const auto optional = [] (const auto& value) { return value.hasValue() ? std::make_optional (*value) : std::nullopt; };
+
+        return { .isRolling = said.getIsPlaying(),
+                 .beat      = optional (said.getPpqPosition()),
+                 .tempo     = optional (said.getBpm()),
+                 .sample    = optional (said.getTimeInSamples()),
+                 .loop      = loopOf (said) };
+    }
+
     bool isPlayable (const PlaybackData* source) noexcept
     {
         return source != nullptr && ! source->parts.empty() && source->lengthInBeats > 0.0;
@@ -66,13 +87,13 @@ void PulsewrightAudioProcessor::processBlock (juce::AudioBuffer<double>& buffer,
 void PulsewrightAudioProcessor::processBlockBypassed (juce::AudioBuffer<float>& buffer, juce::MidiBuffer&)
 {
     buffer.clear();
-    readHostPosition (buffer.getNumSamples());
+    followHost (buffer.getNumSamples(), [] (const HostStretch&) {});
 }
 
 void PulsewrightAudioProcessor::processBlockBypassed (juce::AudioBuffer<double>& buffer, juce::MidiBuffer&)
 {
     buffer.clear();
-    readHostPosition (buffer.getNumSamples());
+    followHost (buffer.getNumSamples(), [] (const HostStretch&) {});
 }
 
 template <typename Sample>
@@ -82,13 +103,12 @@ void PulsewrightAudioProcessor::render (juce::AudioBuffer<Sample>& buffer, juce:
     buffer.clear();
 
     filterIncoming (midi);
-    const auto position = readHostPosition (buffer.getNumSamples());
 
     {
         const auto reading = snapshots.read();
 
         if (const auto* snapshot = reading.get())
-            addEvents (*snapshot, position, buffer.getNumSamples());
+            addEvents (*snapshot, buffer.getNumSamples());
     }
 
     midi.swapWith (outgoing);
@@ -112,26 +132,34 @@ void PulsewrightAudioProcessor::filterIncoming (const juce::MidiBuffer& incoming
         pendingSection = trigger;
 }
 
-PulsewrightAudioProcessor::HostPosition PulsewrightAudioProcessor::readHostPosition (int numSamples) noexcept
+template <typename Sink>
+void PulsewrightAudioProcessor::followHost (int numSamples, Sink&& sink) noexcept
 {
-    auto* hostPlayHead  = getPlayHead();
-    const auto position = hostPlayHead != nullptr ? hostPlayHead->getPosition() : HostPosition {};
+    const auto* head    = getPlayHead();
+    const auto said     = head != nullptr ? head->getPosition() : juce::Optional<juce::AudioPlayHead::PositionInfo> {};
+    const auto position = said.hasValue() ? std::make_optional (positionOf (*said)) : std::nullopt;
 
-    return wrapperType == wrapperType_LV2 ? lv2Transport.follow (position, numSamples, sampleRate) : position;
+    if (wrapperType == wrapperType_LV2)
+        lv2Transport.follow (position, numSamples, sampleRate, getEffectiveBpm(), sink);
+    else
+        sink (HostStretch { 0, numSamples, position.value_or (HostPosition {}) });
 }
 
-void PulsewrightAudioProcessor::addEvents (const PlaybackSnapshot& snapshot, const HostPosition& position, int numSamples)
+void PulsewrightAudioProcessor::addEvents (const PlaybackSnapshot& snapshot, int numSamples)
 {
     const auto block = preview.beginBlock();
+
+    followHost (numSamples,
+                [&] (const HostStretch& stretch)
+                {
+                    if (! block.isPlaying())
+                        addHostEvents (snapshot, stretch);
+                });
 
     if (block.isPlaying())
     {
         continuity.breakOff();
         addPreviewEvents (snapshot, block, numSamples);
-    }
-    else
-    {
-        addHostEvents (snapshot, position, numSamples);
     }
 }
 
@@ -168,30 +196,32 @@ void PulsewrightAudioProcessor::addPreviewEvents (const PlaybackSnapshot& snapsh
         preview.moveTo (window.end);
 }
 
-void PulsewrightAudioProcessor::addHostEvents (const PlaybackSnapshot& snapshot, const HostPosition& position, int numSamples)
+void PulsewrightAudioProcessor::addHostEvents (const PlaybackSnapshot& snapshot, const HostStretch& stretch)
 {
-    const auto ppq = position.hasValue() && position->getIsPlaying() ? position->getPpqPosition() : juce::Optional<double> {};
+    const auto& position = stretch.position;
 
-    if (! ppq.hasValue())
+    if (! position.isRolling || ! position.beat)
         return continuity.breakOff();
 
-    const auto hostTempo = position->getBpm();
-    const double tempo   = hostTempo.hasValue() ? *hostTempo : static_cast<double> (getEffectiveBpm());
-    lastHostTempo        = tempo;
+    const double tempo = position.tempo.value_or (getEffectiveBpm());
+    lastHostTempo      = tempo;
 
-    if (numSamples == 0)
+    if (stretch.numSamples == 0)
         return;
 
-    const auto window = windowAt (*ppq, tempo, sampleRate, numSamples);
+    auto window = windowAt (*position.beat, tempo, sampleRate, stretch.numSamples);
 
     if (window.numSamples == 0)
         return continuity.breakOff();
 
-    const auto joined   = continuity.join (window);
-    const bool fullSong = values.playsFullSong();
+    const bool fullSong  = values.playsFullSong();
+    const auto* source   = sourceOf (snapshot, fullSong);
+    const bool hasSource = isPlayable (source);
+    window.firstSample   = stretch.firstSample;
+    window               = continuity.join (window, position.loop, hasSource && ! fullSong ? source->lengthInBeats : 0.0);
 
-    if (const auto* source = sourceOf (snapshot, fullSong); isPlayable (source))
-        addNotes (outgoing, *source, fullSong, joined);
+    if (hasSource)
+        addNotes (outgoing, *source, fullSong, window);
 }
 
 //==============================================================================
