@@ -320,7 +320,7 @@ TEST (Lv2Transport, KeepsTheBeatThatTheHostDoesNotName)
     };
 
     const auto at = [] (std::int64_t sample, std::optional<double> tempo = {}, bool isRolling = true)
-    { return HostPosition { .isRolling = isRolling, .beat = {}, .tempo = tempo, .sample = sample, .loop = {} }; };
+    { return HostPosition { .isRolling = isRolling, .beat = {}, .tempo = tempo, .sample = sample, .beatsPerBar = {}, .loop = {} }; };
 
     const std::vector<Block> stories[] {
         // No tempo at all: the fallback, and the beat goes on.
@@ -340,9 +340,14 @@ TEST (Lv2Transport, KeepsTheBeatThatTheHostDoesNotName)
           { at (10, 120), { { 0.1, 120 } } },
           { {}, { { 0.3, 120 } } } },
         // A named beat is taken at its sample.
-        { { HostPosition { .isRolling = true, .beat = 5.0, .tempo = 60.0, .sample = 77, .loop = {} }, { { 5, 60 } } },
-          { HostPosition { .isRolling = true, .beat = 9.0, .tempo = 60.0, .sample = 92, .loop = {} }, { { 5.1, 60 }, { 9, 60 } } },
+        { { HostPosition { .isRolling = true, .beat = 5.0, .tempo = 60.0, .sample = 77, .beatsPerBar = {}, .loop = {} }, { { 5, 60 } } },
+          { HostPosition { .isRolling = true, .beat = 9.0, .tempo = 60.0, .sample = 92, .beatsPerBar = {}, .loop = {} }, { { 5.1, 60 }, { 9, 60 } } },
           { {}, { { 9.05, 60 } } } },
+        // The beat of the bar is not the beat.
+        { { HostPosition { .isRolling = true, .beat = 1.0, .tempo = 60.0, .sample = 0, .beatsPerBar = 4, .loop = {} }, { { 0, 60 } } },
+          { HostPosition { .isRolling = true, .beat = 3.0, .tempo = 60.0, .sample = 630, .beatsPerBar = 4, .loop = {} }, { { 6.3, 60 } } },
+          { HostPosition { .isRolling = true, .beat = 3.0, .tempo = 60.0, .sample = 640, .beatsPerBar = 4, .loop = {} }, { { 6.4, 60 } } },
+          { HostPosition { .isRolling = true, .beat = 1.0, .tempo = 60.0, .sample = 800, .beatsPerBar = 4, .loop = {} }, { { 8, 60 } } } },
         // Numbers that cannot be played do no lasting harm.
         { { at (std::numeric_limits<std::int64_t>::max() - 5, 60), { { 0x1p63 / 100, 60 } } },
           { at (std::numeric_limits<std::int64_t>::min(), 60), { { -0x1p63 / 100, 60 } } },

@@ -23,6 +23,8 @@ namespace pulsewright
       middle of a block.
     - After a jump in samples the beat is the one that the host names, or else sample times tempo, as if the
       tempo had been the same since the start.
+    - Some hosts (Qtractor) name the beat of the bar, whole, where the standard asks for the beat since the start.
+      A beat that can be read so is not taken.
     - A tempo that the host does not name is the last one that it named since the last jump, or else the caller's.
 
     Thread: audio. Blocks: never. Allocates: never.
@@ -73,10 +75,11 @@ private:
 
         useTempo (namedTempo.value_or (fallbackTempo));
 
-        if (said.beat)
-            countFrom (*said.beat, 0.0);
-        else if (isJump)
+        if (isJump)
             countFrom (0.0, static_cast<double> (*said.sample));
+
+        if (said.beat && ! isBeatOfTheBar (said))
+            countFrom (*said.beat, 0.0);
 
         if (said.sample)
             nextSample = said.sample;
@@ -84,10 +87,31 @@ private:
         isRolling = said.isRolling;
     }
 
+    /** Whether the named beat is the counted one's number in its bar, from 0 or from 1. */
+    bool isBeatOfTheBar (const HostPosition& said) const noexcept
+    {
+        const auto counted = beat();
+
+        if (! said.sample || ! counted || *said.beat != std::floor (*said.beat))
+            return false;
+
+        constexpr double rounding = 0.01; // of what the host counts with
+        const double length       = std::max (1, said.beatsPerBar.value_or (4));
+        const auto isNumberOf     = [&] (double place)
+        {
+            const double number = std::floor (place - length * std::floor (place / length));
+            return *said.beat == number || *said.beat == number + 1.0;
+        };
+
+        return isNumberOf (*counted - rounding) || isNumberOf (*counted + rounding);
+    }
+
     template <typename Sink>
     void play (int firstSample, int numSamples, Sink&& sink) noexcept
     {
-        sink (HostStretch { firstSample, numSamples, { .isRolling = isRolling, .beat = beat(), .tempo = tempo, .sample = nextSample, .loop = {} } });
+        sink (HostStretch { firstSample,
+                            numSamples,
+                            { .isRolling = isRolling, .beat = beat(), .tempo = tempo, .sample = nextSample, .beatsPerBar = {}, .loop = {} } });
 
         if (! isRolling)
             return;

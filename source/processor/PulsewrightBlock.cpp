@@ -37,13 +37,15 @@ namespace
 
     HostPosition positionOf (const juce::AudioPlayHead::PositionInfo& said) noexcept
     {
-        const auto optional = [] (const auto& value) { return value.hasValue() ? std::make_optional (*value) : std::nullopt; };
+        const auto optional  = [] (const auto& value) { return value.hasValue() ? std::make_optional (*value) : std::nullopt; };
+        const auto signature = said.getTimeSignature();
 
-        return { .isRolling = said.getIsPlaying(),
-                 .beat      = optional (said.getPpqPosition()),
-                 .tempo     = optional (said.getBpm()),
-                 .sample    = optional (said.getTimeInSamples()),
-                 .loop      = loopOf (said) };
+        return { .isRolling   = said.getIsPlaying(),
+                 .beat        = optional (said.getPpqPosition()),
+                 .tempo       = optional (said.getBpm()),
+                 .sample      = optional (said.getTimeInSamples()),
+                 .beatsPerBar = signature.hasValue() ? std::make_optional (signature->numerator) : std::nullopt,
+                 .loop        = loopOf (said) };
     }
 
     bool isPlayable (const PlaybackData* source) noexcept

@@ -5,7 +5,8 @@
 -- Arguments: VST3 or LV2, the plug-in's id, the session's folder, the export's folder, the id of the export preset.
 
 local plugin_type, plugin_id, session_folder, export_folder, preset = arg[1], arg[2], arg[3], arg[4], arg[5]
-local sample_rate, bpm, bars = 48000, 90, 8
+local sample_rate, beats = 48000, 32
+local first_bpm, second_bpm, change = 90, 140, 8 * 60 / 90 * 48000 -- at beat 8
 
 local function expect (what, ok, seen)
 	if not ok then
@@ -22,7 +23,8 @@ local info = ARDOUR.LuaAPI.new_plugin_info (plugin_id, ARDOUR.PluginType[plugin_
 expect ("the plug-in among Ardour's", not info:isnil (), "no such id")
 
 local tempo_map = Temporal.TempoMap.fetch_writable ()
-tempo_map:set_tempo (Temporal.Tempo (bpm, bpm, 4), Temporal.timepos_t (0))
+tempo_map:set_tempo (Temporal.Tempo (first_bpm, first_bpm, 4), Temporal.timepos_t (0))
+tempo_map:set_tempo (Temporal.Tempo (second_bpm, second_bpm, 4), Temporal.timepos_t (change))
 Temporal.TempoMap.update (tempo_map)
 tempo_map = nil
 
@@ -41,7 +43,7 @@ local export = session:simple_export ()
 expect ("the export preset", export:set_preset (preset), "another one")
 export:set_name ("groove")
 export:set_folder (export_folder)
-export:set_range (0, math.floor (bars * 4 * 60 / bpm * sample_rate + 0.5))
+export:set_range (0, math.floor (change + (beats - 8) * 60 / second_bpm * sample_rate + 0.5))
 expect ("an export", export:run_export (), "a failure")
 
 local function loudest (channel)
