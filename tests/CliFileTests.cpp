@@ -42,49 +42,78 @@ TEST (Cli, MidiFilesHaveTheNotesOfTheJson)
     fs::remove_all (folder);
 }
 
-TEST (Cli, TargetsThatCannotBeWrittenLeaveNothing)
+TEST (Cli, OutputsAreWholeOrNotThere)
 {
-    const auto folder = scratch();
-
-    for (const auto* output : { "--midi", "--json", "--wav" })
+    struct Script
     {
-        const auto expectFailure = [&] (const fs::path& target, const char* message)
-        {
-            const auto outcome = cli ("pattern " + std::string (output) + " " + quoted (target.string()));
-            EXPECT_EQ (outcome.exitCode, 1) << output << " " << target;
-            EXPECT_NE (outcome.output.find (message), outcome.output.npos) << outcome.output;
-        };
+        std::string commands;
+        int exitCode;
+        std::string says, leaves; // with sizes, and where links lead
+    };
 
-        expectFailure (folder, "Could not open the destination file.");
-        expectFailure (folder / "no" / "such" / "folder.mid", "Could not open the destination file.");
-        expectFailure ("/proc/nothing.mid", "Could not open the destination file.");
-        expectFailure ("/dev/full", "The MIDI file could not be written completely.");
-        EXPECT_TRUE (fs::is_empty (folder));
+    const std::string brief     = "$T pattern --bars 1 --tempo 300 ";
+    const std::string openText  = ": Could not open the destination file. (";
+    const std::string midiText  = ": The MIDI file could not be written completely. (";
+    const std::string otherText = ": The output could not be written completely. (";
+
+    const std::vector<Script> scripts {
+        // What cannot be opened or is full is named; so is the standard output.
+        { "$T pattern --midi .", 1, "cli: ." + openText, "" },
+        { "$T pattern --json ''", 1, "cli: \"\"" + openText, "" },
+        { "$T pattern --wav no/such", 1, "cli: no/such" + openText, "" },
+        { "$T window --png no/such", 1, "cli: no/such" + openText, "" },
+        { "$T pattern --midi /proc/nothing", 1, "cli: /proc/nothing" + openText, "" },
+        { "$T pattern --midi /dev/full", 1, "cli: /dev/full" + midiText, "" },
+        { "$T pattern --json /dev/full", 1, "cli: /dev/full" + otherText, "" },
+        { "$T pattern --wav /dev/full", 1, "cli: /dev/full" + otherText, "" },
+        { "$T window --png /dev/full", 1, "cli: /dev/full" + otherText, "" },
+        { "$T pattern --midi - > /dev/full", 1, "cli: standard output" + midiText, "" },
+        { "$T pattern > /dev/full", 1, "cli: standard output" + otherText, "" },
+        { "$T --help > /dev/full", 1, "cli: standard output" + otherText, "" },
+        { "$T song --help >&-", 1, "cli: standard output" + otherText, "" },
+        { "$T --version > /dev/full", 1, "cli: standard output" + otherText, "" },
+        { "$T pattern --midi a.mid --json - >&-", 1, "cli: standard output" + otherText, "" },
+
+        // A disk that is full before the last byte: the old file stands, and nothing is left beside it.
+        { "echo old > a.mid; ulimit -f 1; $T song --midi a.mid", 1, "cli: a.mid" + midiText, "a.mid 4 \n" },
+        { "ulimit -f 1350; " + brief + "--wav a.wav", 1, "cli: a.wav" + otherText, "" }, // 58 bytes short
+
+        // A link stays, its file is replaced, or made at the end of the chain; a loop is refused.
+        { "echo old > a; ln -s a b; $T pattern --midi b", 0, "", "a 296 \nb 1 a\n" },
+        { "ln -s two one; ln -s three two; $T pattern --midi one", 0, "", "one 3 two\nthree 296 \ntwo 5 three\n" },
+        { "ln -s two one; ln -s one two; $T pattern --midi one", 1, "cli: one" + openText, "one 3 two\ntwo 3 one\n" },
+
+        // Owner and permissions stay; only root can tell the first from what a new file has.
+        { "touch a; chown nobody a 2> /dev/null; stat -c %u a > b; $T pattern --midi a; stat -c %u a | cmp - b && rm a b", 0, "", "" },
+        { "touch a; chmod 604 a; $T pattern --midi a; stat -c %a a; rm a", 0, "604", "" },
+
+        // The same bytes wherever they go.
+        { "set -e; mkfifo p; for o in json midi wav; do " + brief + "--$o a; " + brief + "--$o - | cmp - a; " + brief + "--$o /dev/stdout | cmp - a; "
+              + brief + "--$o /dev/null; cmp p a & " + brief + "--$o p; wait $!; done; rm p a; echo same",
+          0,
+          "same",
+          "" },
+        { "echo x > a; $T pattern --midi /dev/stdout >> a", 0, "", "a 298 \n" },
+        { brief + "--json /dev/null --midi /dev/null", 0, "", "" },
+        { brief + "--wav a.wav; [ \"$(soxi -s a.wav; sox a.wav -n 2>&1)\" = 86400 ] && rm a.wav", 0, "", "" },
+
+        // A signal removes what is half done, and ends the tool.
+        { "for s in INT TERM HUP; do env --default-signal=INT $T song --bars 384 --tempo 30 --wav a.wav & "
+          "until ls -A | grep -q pulse; do sleep 0.01; done; kill -$s $!; wait $! && true; r=\"$r $?\"; done; echo $r",
+          0,
+          "130 143 129\n",
+          "" },
+    };
+
+    for (const auto& script : scripts)
+    {
+        const auto folder  = scratch();
+        const auto outcome = inFolder (folder, script.commands);
+        EXPECT_EQ (outcome.exitCode, script.exitCode) << script.commands << ": " << outcome.output;
+        EXPECT_NE (outcome.output.find (script.says), outcome.output.npos) << script.commands << ": " << outcome.output;
+        EXPECT_EQ (inFolder (folder, "find . -mindepth 1 -printf '%P %s %l\\n' | sort").output, script.leaves) << script.commands;
+        fs::remove_all (folder);
     }
-
-    // A full disk in the middle of it: the old file stands, and nothing is left beside it.
-    const auto target = folder / "kept.mid";
-    std::ofstream (target) << "precious";
-    const auto outcome = shell ("ulimit -f 1; trap '' XFSZ; " + quoted (PULSEWRIGHT_TEST_CLI) + " song --midi " + quoted (target.string()));
-    EXPECT_EQ (outcome.exitCode, 1) << outcome.output;
-    EXPECT_NE (outcome.output.find ("The MIDI file could not be written completely."), outcome.output.npos);
-    EXPECT_EQ (fs::file_size (target), 8u);
-    EXPECT_EQ (std::distance (fs::directory_iterator (folder), {}), 1);
-
-    // A link stays a link, its file is replaced.
-    fs::create_symlink ("kept.mid", folder / "link.mid");
-    EXPECT_EQ (cli ("pattern --midi " + quoted ((folder / "link.mid").string())).exitCode, 0);
-    EXPECT_TRUE (fs::is_symlink (folder / "link.mid"));
-    EXPECT_GT (fs::file_size (target), 100u);
-
-    // So is the file behind a link that leads nowhere yet; a pipe is written into.
-    fs::create_symlink ("made.mid", folder / "dangling.mid");
-    EXPECT_EQ (cli ("pattern --midi " + quoted ((folder / "dangling.mid").string())).exitCode, 0);
-    EXPECT_TRUE (fs::is_symlink (folder / "dangling.mid") && fs::is_regular_file (folder / "made.mid"));
-    EXPECT_EQ (cli ("pattern --midi /dev/stdout | head -c 4").output, "MThd");
-    EXPECT_TRUE (fs::is_symlink ("/dev/stdout"));
-
-    fs::remove_all (folder);
 }
 
 //==============================================================================

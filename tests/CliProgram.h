@@ -59,6 +59,12 @@ inline Outcome cli (const std::string& arguments)
     return shell (quoted (PULSEWRIGHT_TEST_CLI) + " " + arguments);
 }
 
+/** Runs a script in a folder; $T is the tool. */
+inline Outcome inFolder (const fs::path& folder, const std::string& script)
+{
+    return shell ("cd " + quoted (folder.string()) + "; T=" + quoted (PULSEWRIGHT_TEST_CLI) + "; " + script);
+}
+
 template <typename Result = nlohmann::json>
 Result jsonFrom (const std::string& arguments)
 {

@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <fstream>
 #include <stdexcept>
 
 namespace pulsewright
@@ -20,7 +21,7 @@ namespace pulsewright
 
 namespace
 {
-    constexpr double sampleRate  = 48000.0;
+    constexpr int sampleRate     = 48000;
     constexpr int blockSize      = 512;
     constexpr double tailSeconds = 1.0;
 
@@ -59,11 +60,16 @@ namespace
 
     void writeWav (const juce::File& path, const juce::AudioBuffer<float>& audio)
     {
-        WavFile file (path.getFullPathName().toStdString(), sampleRate);
-        file.append (audio);
+        const auto name = path.getFullPathName().toStdString();
+        std::ofstream file (name, std::ios::binary);
+        WavFile wav ([&file] (auto bytes) { file.write (bytes.data(), static_cast<std::streamsize> (bytes.size())); },
+                     sampleRate,
+                     static_cast<std::uint32_t> (audio.getNumSamples()));
+        wav.append (audio.getReadPointer (0), audio.getReadPointer (1), audio.getNumSamples());
+        file.close();
 
-        if (! file.close())
-            throw std::runtime_error ("Could not write " + path.getFullPathName().toStdString());
+        if (! file)
+            throw std::runtime_error ("Could not write " + name);
     }
 
     void run (const juce::File& bundle, const juce::File& folder)

@@ -3,44 +3,68 @@
 
 #include "WavFile.h"
 
+#include <bit>
+#include <utility>
+
 namespace pulsewright
 {
 
-WavFile::WavFile (const std::string& path, double sampleRate)
+namespace
 {
-    auto file = std::make_unique<juce::FileOutputStream> (juce::File (juce::String::fromUTF8 (path.c_str())));
-    opened    = file->openedOk();
+    constexpr std::uint32_t channels      = 2;
+    constexpr std::uint32_t bytesPerFrame = channels * sizeof (float);
 
-    if (opened && file->getFile().getSize() > 0)
-        opened = file->setPosition (0) && file->truncate().wasOk();
-
-    if (! opened)
-        return;
-
-    constexpr int channels = 2, bits = 32; // 32 bits are floats
-    stream = file.get();
-    writer.reset (juce::WavAudioFormat().createWriterFor (stream, sampleRate, channels, bits, {}, 0));
-    good = writer != nullptr;
-
-    if (good)
-        static_cast<void> (file.release()); // the writer's now
-}
-
-void WavFile::append (const juce::AudioBuffer<float>& buffer)
-{
-    good = good && writer->writeFromAudioSampleBuffer (buffer, 0, buffer.getNumSamples()) && stream->getStatus().wasOk();
-}
-
-bool WavFile::close()
-{
-    if (writer != nullptr)
+    void appendLittleEndian (std::string& bytes, std::uint32_t value, int byteCount)
     {
-        // Flushing writes the header again, with the lengths.
-        good = writer->flush() && good && stream->getStatus().wasOk();
-        writer.reset();
+        for (int i = 0; i < byteCount; ++i)
+            bytes += static_cast<char> ((value >> (8 * i)) & 0xFFu);
     }
 
-    return good;
+    void appendSample (std::string& bytes, float sample)
+    {
+        appendLittleEndian (bytes, std::bit_cast<std::uint32_t> (sample), 4);
+    }
+
+    /** Floats are not PCM: their format chunk ends with the size of an extension, and a fact chunk counts the frames. */
+    std::string headerOf (std::uint32_t sampleRate, std::uint32_t numFrames)
+    {
+        constexpr std::uint32_t floatFormat = 3, formatSize = 18, factSize = 4, chunkHead = 8;
+        const auto dataSize = numFrames * bytesPerFrame;
+        const auto riffSize = 4 + chunkHead + formatSize + chunkHead + factSize + chunkHead + dataSize;
+
+        std::string bytes;
+        const auto text   = [&bytes] (const char* id) { bytes += id; };
+        const auto number = [&bytes] (std::uint32_t value, int byteCount) { appendLittleEndian (bytes, value, byteCount); };
+
+        // clang-format off
+        text ("RIFF"); number (riffSize, 4);   text ("WAVE");
+        text ("fmt "); number (formatSize, 4); number (floatFormat, 2);                number (channels, 2);
+                                               number (sampleRate, 4);                 number (sampleRate * bytesPerFrame, 4);
+                                               number (bytesPerFrame, 2);              number (8 * sizeof (float), 2);
+                                               number (0, 2);
+        text ("fact"); number (factSize, 4);   number (numFrames, 4);
+        text ("data"); number (dataSize, 4);
+        // clang-format on
+        return bytes;
+    }
+} // namespace
+
+WavFile::WavFile (Sink writeBytes, std::uint32_t sampleRate, std::uint32_t numFrames) : write (std::move (writeBytes))
+{
+    write (headerOf (sampleRate, numFrames));
+}
+
+void WavFile::append (const float* left, const float* right, int numFrames)
+{
+    bytes.clear();
+
+    for (int i = 0; i < numFrames; ++i)
+    {
+        appendSample (bytes, left[i]);
+        appendSample (bytes, right[i]);
+    }
+
+    write (bytes);
 }
 
 } // namespace pulsewright

@@ -1,14 +1,14 @@
 // SPDX-FileCopyrightText: 2026 Tolm
 // SPDX-License-Identifier: AGPL-3.0-only
 
-// A stereo WAV file of 32-bit floats, written block by block.
+// A stereo WAV file of 32-bit floats, written block by block from front to back, so that it can go into a pipe.
 
 #pragma once
 
-#include <juce_audio_formats/juce_audio_formats.h>
-
-#include <memory>
+#include <cstdint>
+#include <functional>
 #include <string>
+#include <string_view>
 
 namespace pulsewright
 {
@@ -16,21 +16,19 @@ namespace pulsewright
 class WavFile
 {
 public:
-    /** Opens the file and drops what was in it. @param path  absolute */
-    WavFile (const std::string& path, double sampleRate);
+    using Sink = std::function<void (std::string_view bytes)>;
 
-    bool wasOpened() const noexcept { return opened; }
-    bool isGood() const noexcept { return good; }
+    /** Writes the header, which holds the file's length.
+        @param writeBytes  takes the next bytes of the file, and throws when it cannot; what it throws passes through
+        @param numFrames   how many samples a channel append() is going to bring, at most 500 million (4 GB)
+    */
+    WavFile (Sink writeBytes, std::uint32_t sampleRate, std::uint32_t numFrames);
 
-    void append (const juce::AudioBuffer<float>& buffer);
-
-    /** Finishes the file. @returns whether all of it has been written */
-    bool close();
+    void append (const float* left, const float* right, int numFrames);
 
 private:
-    juce::FileOutputStream* stream = nullptr; // the writer's
-    std::unique_ptr<juce::AudioFormatWriter> writer;
-    bool opened = false, good = false;
+    const Sink write;
+    std::string bytes; // of one block; a member, so that its memory is used again
 };
 
 } // namespace pulsewright

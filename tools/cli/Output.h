@@ -7,18 +7,12 @@
 
 #include "generation/SongArrangement.h"
 
-#include <algorithm>
-#include <filesystem>
+#include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace pulsewright::cli
 {
-
-/** What a MIDI file makes of a tempo; the text and the sound go by it, too. */
-constexpr int fileTempo (int tempoBpm) noexcept
-{
-    return std::clamp (tempoBpm, 30, 300);
-}
 
 /** A grid of four lanes and sixteenth columns, four bars a row, within 80 columns. */
 std::string gridText (const DrumPattern& pattern, int tempoBpm, bool inColour);
@@ -26,27 +20,31 @@ std::string gridText (const DrumPattern& pattern, int tempoBpm, bool inColour);
 /** A table of the sections, within 80 columns. */
 std::string tableText (const SongArrangement& song, int tempoBpm, bool inColour);
 
+/** A message as a terminal may show it: control characters and bytes that are no UTF-8 become "\\x1b". */
+std::string onOneLine (std::string_view message);
+
 /** Doubles are printed so that they read back to the same bits. */
 std::string jsonText (const DrumPattern& pattern);
 std::string jsonText (const SongArrangement& song);
 
 /** Plays the song once through the plug-in's own processor and writes it: 48 kHz, stereo, 32-bit float,
     as long as the music and exactly one second more. Shows progress on a terminal.
-    @param kit  0 to 4
+    @param target  as OutputFile takes it
+    @param kit     0 to 4
     @throws WriteFailure
 */
-void writeWav (const std::filesystem::path& target, const SongArrangement& song, int tempoBpm, int kit);
+void writeWav (const std::string& target, const SongArrangement& song, int tempoBpm, int kit);
 
 /** What `window` renders. */
 struct WindowPicture
 {
-    int width = 0, height = 0; ///< pixels at scale 1; 0 for the size that the window opens at
+    int width = 0, height = 0; ///< pixels at scale 1
     float scale        = 1.0f;
     int genre          = 0;
     std::uint32_t take = 1;
 };
 
 /** Renders the plug-in's own editor, without a display, and writes it as a PNG. @throws WriteFailure */
-void writeWindowPicture (const std::filesystem::path& target, const WindowPicture& picture);
+void writeWindowPicture (const std::string& target, const WindowPicture& picture);
 
 } // namespace pulsewright::cli

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstdio>
 
 namespace pulsewright::cli
@@ -41,6 +42,11 @@ namespace
         return line.data();
     }
 
+    std::string counted (std::size_t count, const char* what)
+    {
+        return printed ("%zu %s%s", count, what, count == 1 ? "" : "s");
+    }
+
     /** One character a sixteenth, the loudest hit of each. */
     std::string laneLine (const DrumPattern& pattern, DrumLane lane)
     {
@@ -62,8 +68,34 @@ namespace
 
     std::string durationText (double beats, int tempoBpm)
     {
-        const auto seconds = static_cast<int> (beats * 60.0 / fileTempo (tempoBpm) + 0.5);
+        const auto seconds = static_cast<int> (beats * 60.0 / tempoBpm + 0.5);
         return printed ("%d:%02d", seconds / 60, seconds % 60);
+    }
+
+    /** The length of the UTF-8 character that a text begins with; 0 when it is none, or one that moves the cursor. */
+    std::size_t lengthOfShown (std::string_view text)
+    {
+        constexpr std::array<std::uint32_t, 5> smallest { 0, 0x20, 0xA0, 0x800, 0x10000 };
+
+        const auto first  = static_cast<unsigned char> (text.front());
+        const auto ones   = static_cast<std::size_t> (std::countl_one (first));
+        const auto length = ones == 0 ? 1 : ones;
+
+        if (ones == 1 || length >= smallest.size() || length > text.size() || first == 0x7F)
+            return 0;
+
+        std::uint32_t code = first & (0xFFu >> ones);
+
+        for (const char c : text.substr (1, length - 1))
+        {
+            if ((c & 0xC0) != 0x80)
+                return 0;
+
+            code = (code << 6) | (static_cast<unsigned char> (c) & 0x3Fu);
+        }
+
+        const bool isSurrogate = code >= 0xD800 && code < 0xE000;
+        return code >= smallest[length] && code < 0x110000 && ! isSurrogate ? length : 0;
     }
 
     //==============================================================================
@@ -88,7 +120,11 @@ namespace
 std::string gridText (const DrumPattern& pattern, int tempoBpm, bool inColour)
 {
     auto text = styled (boldText, pattern.name, inColour)
-              + printed ("\n%d bars, %zu notes, %d BPM, seed %u\n", pattern.bars, pattern.hits.size(), fileTempo (tempoBpm), pattern.seed);
+              + printed ("\n%s, %s, %d BPM, seed %u\n",
+                         counted (static_cast<std::size_t> (pattern.bars), "bar").c_str(),
+                         counted (pattern.hits.size(), "note").c_str(),
+                         tempoBpm,
+                         pattern.seed);
 
     std::array<std::string, laneCount> lines;
     for (std::uint32_t lane = 0; lane < laneCount; ++lane)
@@ -122,7 +158,7 @@ std::string gridText (const DrumPattern& pattern, int tempoBpm, bool inColour)
 std::string tableText (const SongArrangement& song, int tempoBpm, bool inColour)
 {
     auto text = styled (boldText, song.name, inColour)
-              + printed ("\n%s at %d BPM, seed %u\n\n", durationText (song.lengthInBeats(), tempoBpm).c_str(), fileTempo (tempoBpm), song.seed);
+              + printed ("\n%s at %d BPM, seed %u\n\n", durationText (song.lengthInBeats(), tempoBpm).c_str(), tempoBpm, song.seed);
 
     text += styled (dimText, printed (" %4s  %-12s  %-15s  %4s  %5s  %s", "bar", "section", "type", "bars", "notes", "notes a bar"), inColour) + "\n";
 
@@ -140,6 +176,20 @@ std::string tableText (const SongArrangement& song, int tempoBpm, bool inColour)
                          pattern.hits.size(),
                          perBar)
               + styled (laneColours[0], std::string (barLength, '='), inColour) + "\n";
+    }
+
+    return text;
+}
+
+std::string onOneLine (std::string_view message)
+{
+    std::string text;
+
+    while (! message.empty())
+    {
+        const auto shown = lengthOfShown (message);
+        text.append (shown > 0 ? std::string (message.substr (0, shown)) : printed ("\\x%02x", static_cast<unsigned char> (message.front())));
+        message.remove_prefix (std::max<std::size_t> (shown, 1));
     }
 
     return text;

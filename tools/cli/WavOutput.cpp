@@ -1,14 +1,13 @@
 // SPDX-FileCopyrightText: 2026 Tolm
 // SPDX-License-Identifier: AGPL-3.0-only
 
-#include "FileReplacement.h"
 #include "Output.h"
+#include "OutputFile.h"
 
 #include "Progress.h"
 #include "TransportPlayHead.h"
 #include "WavFile.h"
 
-#include "export/MidiFileWriter.h"
 #include "processor/PulsewrightAudioProcessor.h"
 
 #include <algorithm>
@@ -19,7 +18,7 @@ namespace pulsewright::cli
 
 namespace
 {
-    constexpr double sampleRate  = 48000.0;
+    constexpr int sampleRate     = 48000;
     constexpr double tailSeconds = 1.0;
     constexpr int blockSize      = 1024;
 
@@ -30,12 +29,11 @@ namespace
     }
 } // namespace
 
-void writeWav (const std::filesystem::path& target, const SongArrangement& song, int tempoBpm, int kit)
+void writeWav (const std::string& target, const SongArrangement& song, int tempoBpm, int kit)
 {
     const juce::ScopedJuceInitialiser_GUI juceIsUp;
 
-    const double tempo          = fileTempo (tempoBpm);
-    const double beatsPerSample = tempo / (sampleRate * 60.0);
+    const double beatsPerSample = tempoBpm / (sampleRate * 60.0);
     const auto totalSamples =
         static_cast<std::int64_t> (std::llround (song.lengthInBeats() / beatsPerSample) + std::llround (tailSeconds * sampleRate));
 
@@ -49,28 +47,25 @@ void writeWav (const std::filesystem::path& target, const SongArrangement& song,
     processor.setNonRealtime (true);
     processor.prepareToPlay (sampleRate, blockSize);
 
-    FileReplacement replacement (target);
-    WavFile file (std::filesystem::absolute (replacement.path()).string(), sampleRate);
+    OutputFile output (target);
+    WavFile file ([&output] (auto bytes) { output.write (bytes); }, sampleRate, static_cast<std::uint32_t> (totalSamples));
     Progress progress ("Playing");
     juce::AudioBuffer<float> buffer (2, blockSize);
     juce::MidiBuffer midi;
 
-    for (std::int64_t position = 0; file.isGood() && position < totalSamples; position += blockSize)
+    for (std::int64_t position = 0; position < totalSamples; position += blockSize)
     {
         buffer.setSize (2, static_cast<int> (std::min<std::int64_t> (blockSize, totalSamples - position)), false, false, true);
-        playHead.moveTo ({ .ppq = static_cast<double> (position) * beatsPerSample, .bpm = tempo });
+        playHead.moveTo ({ .ppq = static_cast<double> (position) * beatsPerSample, .bpm = static_cast<double> (tempoBpm) });
         midi.clear();
         processor.processBlock (buffer, midi);
-        file.append (buffer);
+        file.append (buffer.getReadPointer (0), buffer.getReadPointer (1), buffer.getNumSamples());
         progress.show (static_cast<double> (position) / static_cast<double> (totalSamples));
     }
 
     processor.setPlayHead (nullptr);
 
-    if (! file.close())
-        throw WriteFailure (file.wasOpened() ? MidiFileWriter::cannotCompleteMessage : MidiFileWriter::cannotOpenMessage);
-
-    replacement.commit();
+    output.commit();
 }
 
 } // namespace pulsewright::cli

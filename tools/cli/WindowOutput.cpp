@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 Tolm
 // SPDX-License-Identifier: AGPL-3.0-only
 
-#include "FileReplacement.h"
 #include "Output.h"
+#include "OutputFile.h"
 
 #include "processor/PulsewrightAudioProcessor.h"
 
@@ -29,7 +29,7 @@ namespace
     }
 } // namespace
 
-void writeWindowPicture (const std::filesystem::path& target, const WindowPicture& picture)
+void writeWindowPicture (const std::string& target, const WindowPicture& picture)
 {
     const juce::ScopedJuceInitialiser_GUI juceIsUp;
 
@@ -37,7 +37,7 @@ void writeWindowPicture (const std::filesystem::path& target, const WindowPictur
     restoreTake (processor, picture);
 
     const std::unique_ptr<juce::AudioProcessorEditor> editor (processor.createEditor());
-    editor->setSize (picture.width > 0 ? picture.width : editor->getWidth(), picture.height > 0 ? picture.height : editor->getHeight());
+    editor->setSize (picture.width, picture.height);
 
     // The status line is the timer's: it has run once by then, however slow the machine. Timers go off in the
     // order in which they are due.
@@ -51,7 +51,7 @@ void writeWindowPicture (const std::filesystem::path& target, const WindowPictur
     const auto image = editor->createComponentSnapshot (editor->getLocalBounds(), true, picture.scale);
     juce::MemoryOutputStream png;
     juce::PNGImageFormat().writeImageToStream (image, png);
-    writeFile (target, { static_cast<const char*> (png.getData()), png.getDataSize() });
+    writeOutput (target, { static_cast<const char*> (png.getData()), png.getDataSize() });
 }
 
 } // namespace pulsewright::cli

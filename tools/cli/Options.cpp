@@ -1,0 +1,289 @@
+// SPDX-FileCopyrightText: 2026 Tolm
+// SPDX-License-Identifier: AGPL-3.0-only
+
+#include "Options.h"
+
+#include "generation/GenerationSettings.h"
+#include "generation/SongBuilder.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <iterator>
+#include <limits>
+#include <optional>
+#include <type_traits>
+
+namespace pulsewright::cli
+{
+
+namespace
+{
+    //==============================================================================
+    /** @param nameAt  gives the name at an index */
+    template <typename NameAt>
+    std::vector<std::string_view> namesUpTo (std::uint32_t count, NameAt&& nameAt)
+    {
+        std::vector<std::string_view> names;
+        for (std::uint32_t i = 0; i < count; ++i)
+            names.push_back (nameAt (i));
+        return names;
+    }
+
+    template <typename Enum>
+    std::vector<std::string_view> namesOf (std::uint32_t count)
+    {
+        return namesUpTo (count, [] (auto i) { return nameOf (static_cast<Enum> (i)); });
+    }
+
+    /** As few digits as a number needs. */
+    std::string digitsOf (auto number)
+    {
+        std::array<char, 32> digits {};
+        return { digits.data(), std::to_chars (digits.data(), digits.data() + digits.size(), number).ptr };
+    }
+
+    // clang-format off
+    constexpr std::array<CommandRow, 4> rows
+    {{
+        { tool,    "",        "Generates drum grooves and whole songs from a seed: the same music as the plug-in, without a host." },
+        { pattern, "pattern", "Generates one groove or fill." },
+        { song,    "song",    "Builds a whole song." },
+        { window,  "window",  "Renders the plug-in's window, without a display." }
+    }};
+
+    /** The options of the twelve settings, in their order. */
+    struct SettingRow { const char* name; const char* help; };
+
+    constexpr std::array<SettingRow, GenerationSettings::numValues> settingRows
+    {{
+        { "--density",                "How many optional hits are played" },
+        { "--energy",                 "Loudness, and the length of fills" },
+        { "--syncopation",            "Weight of off-beat kicks and percussion" },
+        { "--swing",                  "Delay of odd sixteenths" },
+        { "--variation",              "Ghost notes, rolls, change from bar to bar" },
+        { "--experimental",           "The wandering toms, which begin at 0.32" },
+        { "--timing",                 "Humanised timing" },
+        { "--velocity",               "Humanised velocity" },
+        { "--kick-probability",       "Scales the chance of every kick" },
+        { "--snare-probability",      "Scales the chance of every snare" },
+        { "--hats-probability",       "Scales the chance of every hat" },
+        { "--percussion-probability", "Scales the chance of all percussion" }
+    }};
+
+    constexpr Whole any32Bits   { 0, std::numeric_limits<std::uint32_t>::max() };
+    constexpr Whole patternBars { DrumPattern::minBars, DrumPattern::maxBars };
+    constexpr Whole songBars    { SongBuilder::minBars, SongBuilder::maxBars };
+    constexpr Whole tempos      { 30, 300 }; // what a MIDI file takes
+    constexpr Whole pixels      { 1, 4000 };
+    constexpr unsigned music    = pattern | song;
+    constexpr unsigned anyOne   = music | window;
+
+    std::vector<Option> musicOptions()
+    {
+        const NameOrNumber genres     { { namesOf<Genre> (genreCount) } };
+        const NameOrNumber sections   { { namesOf<SectionType> (sectionTypeCount) } };
+        const NameOrNumber structures { { namesUpTo (songStructureCount, SongBuilder::structureName) } };
+        const Name durations          { { "genre", "2:00", "2:30", "3:00", "3:30", "4:00", "5:00" } };
+        const Names lanes             { { namesOf<DrumLane> (laneCount) } };
+
+        return
+        {
+            { anyOne,  "--genre",     "NAME|N",         "Style",                                 "Boom Bap",       genres },
+            { pattern, "--section",   "NAME|N",         "What it is for",                        "Verse",          sections },
+            { pattern, "--bars",      "N",              "Length in bars",                        "2",              patternBars },
+            { song,    "--structure", "NAME|N",         "Its form",                              "Classic",        structures },
+            { song,    "--duration",  "TIME",           "Length, or the genre's average",        "genre",          durations, {}, "--bars" },
+            { song,    "--bars",      "N",              "Length in bars",                        "the duration's", songBars },
+            { anyOne,  "--take",      "N",              "The take, as the plug-in counts them",  "1",              any32Bits },
+            { music,   "--salt",      "N",              "The number that a take is turned into", "the take's",     any32Bits, {}, "--take" },
+            { pattern, "--seed",      "N",              "Seed beside the salt",                  "0",              any32Bits },
+            { pattern, "--mutate",    "N",              "Mutate it once with this seed",         "none",           any32Bits },
+            { pattern, "--lock",      "LANE[,LANE...]", "Lanes that the mutation keeps",         "none",           lanes, "--mutate" },
+            { music,   "--tempo",     "BPM",            "Beats per minute",                      "the genre's",    tempos }
+        };
+    }
+
+    std::vector<Option> outputOptions()
+    {
+        const Name kits   { { "Studio", "808", "Dusty", "Electronic", "MIDI Only" } };
+        const Name shells { { "bash", "zsh", "fish" } };
+
+        return
+        {
+            { music,  "--json",   "FILE|-", "Write the notes as JSON; - is the standard output",               "none",     File() },
+            { music,  "--midi",   "FILE|-", "Write a Standard MIDI File",                                      "none",     File() },
+            { music,  "--wav",    "FILE|-", "Play it once and write the sound: 48 kHz, stereo, 32-bit floats", "none",     File() },
+            { music,  "--kit",    "NAME",   "Sound of --wav",                                                  "Studio",   kits, "--wav" },
+            { window, "--png",    "FILE|-", "Where to write the picture",                                      "required", File(), {}, {}, true },
+            { window, "--width",  "W",      "Width in pixels",                                                 "1120",     pixels },
+            { window, "--height", "H",      "Height in pixels",                                                "840",      pixels },
+            { window, "--scale",  "X",      "Scale of the picture",                                            "1",        Decimal { 0.5, 4.0 } },
+            { tool,   "--completions", "SHELL", "Print a script with which a shell completes commands",        "none",     shells },
+            { tool,   "--version", "",      "Print the version",                                               "",         NoValue() },
+            { tool | anyOne, "--help", "",  "Print this help",                                                 "",         NoValue() }
+        };
+    }
+    // clang-format on
+
+    std::vector<Option> settingOptions()
+    {
+        const auto defaults = GenerationSettings().values();
+        std::vector<Option> options;
+
+        for (std::size_t i = 0; i < settingRows.size(); ++i)
+            options.push_back ({ music, settingRows[i].name, "X", settingRows[i].help, digitsOf (defaults[i]), Decimal { 0.0, 1.0 } });
+
+        return options;
+    }
+
+    //==============================================================================
+    constexpr char lowerCase (char c) noexcept
+    {
+        return c >= 'A' && c <= 'Z' ? static_cast<char> (c - 'A' + 'a') : c;
+    }
+
+    bool equalsIgnoringCase (std::string_view a, std::string_view b) noexcept
+    {
+        return std::ranges::equal (a, b, {}, lowerCase, lowerCase);
+    }
+
+    /** All of a text as a number; nothing where it is none. @param format  a base, or how a decimal may look */
+    template <typename Number, typename Format>
+    std::optional<double> parsed (std::string_view text, Format format)
+    {
+        Number value {};
+        const auto [end, error] = std::from_chars (text.data(), text.data() + text.size(), value, format);
+        return error == std::errc() && end == text.data() + text.size() ? std::optional (static_cast<double> (value)) : std::nullopt;
+    }
+
+    //==============================================================================
+    /** Reads one value; nothing where it cannot be read. */
+    struct Reader
+    {
+        std::string_view text;
+
+        std::optional<double> operator() (const Whole& range) const
+        {
+            const bool isHex = text.starts_with ("0x") || text.starts_with ("0X");
+            return inRange (range, isHex ? parsed<std::uint64_t> (text.substr (2), 16) : parsed<std::uint64_t> (text, 10));
+        }
+
+        std::optional<double> operator() (const Decimal& range) const { return inRange (range, parsed<double> (text, std::chars_format::general)); }
+
+        std::optional<double> operator() (const Name& one) const
+        {
+            const auto found = std::ranges::find_if (one.names, [this] (auto name) { return equalsIgnoringCase (name, text); });
+            return found != one.names.end() ? std::optional<double> (found - one.names.begin()) : std::nullopt;
+        }
+
+        std::optional<double> operator() (const NameOrNumber& one) const
+        {
+            const auto number = (*this) (Whole { 0, static_cast<std::uint32_t> (one.names.size() - 1) });
+            return number ? number : (*this) (static_cast<const Name&> (one));
+        }
+
+        std::optional<double> operator() (const File&) const { return 0.0; }
+        std::optional<double> operator() (const NoValue&) const { return 0.0; }
+
+    private:
+        static std::optional<double> inRange (const auto& range, std::optional<double> value)
+        {
+            const bool isInside = value && *value >= static_cast<double> (range.least) && *value <= static_cast<double> (range.most);
+            return isInside ? value : std::nullopt;
+        }
+    };
+
+    struct Describer
+    {
+        std::string operator() (const Whole& range) const { return digitsOf (range.least) + " to " + digitsOf (range.most); }
+        std::string operator() (const Decimal& range) const { return digitsOf (range.least) + " to " + digitsOf (range.most); }
+        std::string operator() (const Name& one) const { return listed (one.names); }
+        std::string operator() (const File&) const { return {}; }
+        std::string operator() (const NoValue&) const { return {}; }
+
+        std::string operator() (const NameOrNumber& one) const
+        {
+            return listed (one.names) + ", or their numbers from 0 to " + digitsOf (one.names.size() - 1);
+        }
+    };
+} // namespace
+
+//==============================================================================
+std::span<const CommandRow> commandRows()
+{
+    return rows;
+}
+
+std::vector<Option> optionsOf (Command command)
+{
+    std::vector<Option> options;
+
+    for (const auto& group : { musicOptions(), settingOptions(), outputOptions() })
+        std::ranges::copy_if (group, std::back_inserter (options), [command] (const auto& option) { return (option.commands & command) != 0; });
+
+    return options;
+}
+
+std::string_view settingOption (std::size_t index)
+{
+    return settingRows[index].name;
+}
+
+std::span<const std::string_view> namesIn (const Values& values)
+{
+    const auto* names = std::visit (
+        [] (const auto& kind) -> const Name*
+        {
+            if constexpr (std::is_base_of_v<Name, std::decay_t<decltype (kind)>>)
+                return &kind;
+            else
+                return nullptr;
+        },
+        values);
+    return names != nullptr ? std::span (names->names) : std::span<const std::string_view>();
+}
+
+std::string described (const Values& values)
+{
+    return std::visit (Describer(), values);
+}
+
+double valueOf (const Option& option, std::string_view text)
+{
+    const auto digits = text.substr (text.starts_with ('+') ? 1 : 0);
+
+    if (const auto value = std::visit (Reader { digits }, option.values))
+        return *value;
+
+    const auto* kind = std::holds_alternative<Whole> (option.values)   ? "\" is not a whole number from "
+                     : std::holds_alternative<Decimal> (option.values) ? "\" is not a number from "
+                                                                       : "\" is none of ";
+    throw BadArgument (option.name + ": \"" + std::string (text) + kind + described (option.values));
+}
+
+std::vector<std::string_view> commaSeparated (std::string_view text)
+{
+    std::vector<std::string_view> parts;
+
+    for (std::size_t comma = 0; comma != text.npos;)
+    {
+        comma = text.find (',');
+        parts.push_back (text.substr (0, comma));
+        text.remove_prefix (comma == text.npos ? 0 : comma + 1);
+    }
+
+    return parts;
+}
+
+std::string listed (std::span<const std::string_view> names, std::string_view last)
+{
+    std::string text;
+
+    for (std::size_t i = 0; i < names.size(); ++i)
+        text.append (i == 0 ? "" : i + 1 == names.size() ? last : ", ").append (names[i]);
+
+    return text;
+}
+
+} // namespace pulsewright::cli

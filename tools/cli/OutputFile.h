@@ -1,0 +1,79 @@
+// SPDX-FileCopyrightText: 2026 Tolm
+// SPDX-License-Identifier: AGPL-3.0-only
+
+// What the tool writes: the standard output, or a file that gets its name only when it is whole.
+// OutputFile.cpp is the one place that speaks to the system.
+
+#pragma once
+
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+struct stat;
+
+namespace pulsewright::cli
+{
+
+/** Something that could not be written; the text names it and is what to tell the user. */
+struct WriteFailure : std::runtime_error
+{
+    using std::runtime_error::runtime_error;
+};
+
+/** Writes one output from front to back. Until commit() an old file stands; without it nothing is left behind,
+    also when a signal ends the process. One at a time.
+
+    The bytes go into a new file beside the target, which a rename puts into its place. Written in place is what
+    a rename would not leave as it is: a device, a pipe, a file of somebody else, one in a folder where nothing
+    new may be made.
+*/
+class OutputFile
+{
+public:
+    static constexpr const char* cannotCompleteMessage = "The output could not be written completely.";
+
+    /** @param name            a path, or "-" for the standard output
+        @param cannotComplete  what to say when not all of it could be written
+        @throws WriteFailure   when it cannot be opened for writing
+    */
+    explicit OutputFile (std::string name, const char* cannotComplete = cannotCompleteMessage);
+    ~OutputFile();
+
+    OutputFile (const OutputFile&)            = delete;
+    OutputFile& operator= (const OutputFile&) = delete;
+
+    /** Writes all of it, or throws. @throws WriteFailure */
+    void write (std::string_view bytes);
+
+    /** Closes the file and gives it its name. @throws WriteFailure */
+    void commit();
+
+private:
+    int openTarget();
+    int openReplacement (const struct stat& old);
+    [[noreturn]] void fail (const char* message) const;
+
+    const std::string name;
+    const char* const cannotComplete;
+    std::filesystem::path target; // of the rename
+    int descriptor = -1;
+    bool isAside   = false;
+};
+
+/** Writes these bytes as a whole output. @throws WriteFailure */
+void writeOutput (const std::string& name, std::string_view bytes, const char* cannotComplete = OutputFile::cannotCompleteMessage);
+
+/** Whether two names of outputs mean the same file or both the standard output. Any number may go to /dev/null. */
+bool areSameOutput (const std::string& a, const std::string& b);
+
+bool isStandardOutputTerminal() noexcept;
+
+/** Call it before anything is opened. A standard stream that is closed refuses what is written to it, where
+    otherwise the next file would take its place; a file that grows too large is an error, not the end; and a signal
+    that ends the process removes the file that is being written aside.
+*/
+void prepareProcessForWriting() noexcept;
+
+} // namespace pulsewright::cli
