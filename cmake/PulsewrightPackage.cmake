@@ -24,6 +24,23 @@ install (DIRECTORY "${lv2_bundle}" DESTINATION lib/lv2)
 install (PROGRAMS "$<TARGET_FILE:Pulsewright_Standalone>" DESTINATION "${CMAKE_INSTALL_BINDIR}" RENAME pulsewright)
 install (TARGETS pulsewright-cli RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 
+# What shells complete the command line with: the tool prints it.
+function (install_completions shell file)
+    set (script "${packaged}/completions/${file}")
+    get_filename_component (folder "${script}" DIRECTORY)
+    add_custom_command (OUTPUT "${script}"
+        COMMAND ${CMAKE_COMMAND} -E make_directory "${folder}"
+        COMMAND pulsewright-cli --completions ${shell} > "${script}"
+        DEPENDS pulsewright-cli)
+    add_custom_target (completions_${shell} ALL DEPENDS "${script}")
+    get_filename_component (destination "${CMAKE_INSTALL_DATADIR}/${file}" DIRECTORY)
+    install (FILES "${script}" DESTINATION "${destination}")
+endfunction()
+
+install_completions (bash bash-completion/completions/pulsewright-cli)
+install_completions (zsh zsh/vendor-completions/_pulsewright-cli)
+install_completions (fish fish/vendor_completions.d/pulsewright-cli.fish)
+
 # What a desktop shows.
 configure_file ("${packaging}/com.tolm.pulsewright.metainfo.xml.in" "${packaged}/com.tolm.pulsewright.metainfo.xml" @ONLY)
 install (FILES "${packaging}/pulsewright.desktop" DESTINATION "${CMAKE_INSTALL_DATADIR}/applications")
