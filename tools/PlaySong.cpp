@@ -69,7 +69,10 @@ namespace
         file.close();
 
         if (! file)
+        {
+            path.deleteFile(); // a part of it is of no use
             throw std::runtime_error ("Could not write " + name);
+        }
     }
 
     void run (const juce::File& bundle, const juce::File& folder)

@@ -4,6 +4,7 @@
 #include "WavFile.h"
 
 #include <bit>
+#include <cstddef>
 #include <utility>
 
 namespace pulsewright
@@ -20,9 +21,15 @@ namespace
             bytes += static_cast<char> ((value >> (8 * i)) & 0xFFu);
     }
 
-    void appendSample (std::string& bytes, float sample)
+    /** Four bytes that a compiler makes one store of. */
+    char* storeSample (char* bytes, float sample) noexcept
     {
-        appendLittleEndian (bytes, std::bit_cast<std::uint32_t> (sample), 4);
+        const auto bits = std::bit_cast<std::uint32_t> (sample);
+
+        for (int i = 0; i < 4; ++i)
+            *bytes++ = static_cast<char> ((bits >> (8 * i)) & 0xFFu);
+
+        return bytes;
     }
 
     /** Floats are not PCM: their format chunk ends with the size of an extension, and a fact chunk counts the frames. */
@@ -56,13 +63,12 @@ WavFile::WavFile (Sink writeBytes, std::uint32_t sampleRate, std::uint32_t numFr
 
 void WavFile::append (const float* left, const float* right, int numFrames)
 {
-    bytes.clear();
+    bytes.resize (static_cast<std::size_t> (numFrames) * bytesPerFrame);
+
+    auto* next = bytes.data();
 
     for (int i = 0; i < numFrames; ++i)
-    {
-        appendSample (bytes, left[i]);
-        appendSample (bytes, right[i]);
-    }
+        next = storeSample (storeSample (next, left[i]), right[i]);
 
     write (bytes);
 }

@@ -70,7 +70,7 @@ CommandLine::CommandLine (int argc, const char* const* argv)
     parse (argc, argv);
 
     if (chosen == tool && has ("--completions"))
-        textToPrint = completionsFor (namesIn (row ("--completions").values)[get ("--completions")]);
+        textToPrint = completionsFor (namesIn (rowOf ("--completions").values)[get ("--completions")]);
 }
 
 void CommandLine::parse (int argc, const char* const* argv)
@@ -84,9 +84,9 @@ void CommandLine::parse (int argc, const char* const* argv)
 
     for (const auto& row : commandRows().subspan (1))
     {
-        auto* command = app.add_subcommand (std::string (row.name));
-        addOptions (*command, row.command, given);
-        command->excludes (app.get_option ("--completions")); // it would have no effect
+        auto* added = app.add_subcommand (std::string (row.name));
+        addOptions (*added, row.command, given);
+        added->excludes (app.get_option ("--completions")); // it would have no effect
     }
 
     const auto choose = [this, &app]
@@ -133,13 +133,13 @@ void CommandLine::check() const
 
     std::vector<std::string> files;
 
-    for (const auto& [name, text] : given)
-        if (const auto& option = row (name); std::holds_alternative<Names> (option.values))
+    for (const auto& [name, value] : given)
+        if (const auto& option = rowOf (name); std::holds_alternative<Names> (option.values))
             static_cast<void> (indices (name));
         else if (std::holds_alternative<File> (option.values))
             files.push_back (name);
         else
-            static_cast<void> (valueOf (option, text));
+            static_cast<void> (valueOf (option, value));
 
     for (auto a = files.begin(); a != files.end(); ++a)
         for (auto b = files.begin(); b != a; ++b)
@@ -147,7 +147,7 @@ void CommandLine::check() const
                 throw BadArgument (*b + " and " + *a + " write to the same place, \"" + given.at (*a) + "\"; each needs one of its own");
 }
 
-const Option& CommandLine::row (const std::string& option) const
+const Option& CommandLine::rowOf (const std::string& option) const
 {
     const auto found = std::ranges::find (options, option, &Option::name);
 
@@ -159,7 +159,7 @@ const Option& CommandLine::row (const std::string& option) const
 
 double CommandLine::numberOf (const std::string& option) const
 {
-    const auto& found = row (option);
+    const auto& found = rowOf (option);
     return valueOf (found, has (option) ? given.at (option) : found.byDefault);
 }
 
@@ -169,7 +169,7 @@ std::vector<std::size_t> CommandLine::indices (const std::string& option) const
 
     if (has (option))
         for (const auto name : commaSeparated (given.at (option)))
-            result.push_back (static_cast<std::size_t> (valueOf (row (option), name)));
+            result.push_back (static_cast<std::size_t> (valueOf (rowOf (option), name)));
 
     return result;
 }

@@ -44,7 +44,7 @@ public:
     std::vector<std::size_t> indices (const std::string& option) const;
 
 private:
-    const Option& row (const std::string& option) const;
+    const Option& rowOf (const std::string& option) const;
     double numberOf (const std::string& option) const;
     void parse (int argc, const char* const* argv);
     void check() const;

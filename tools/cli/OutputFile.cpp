@@ -45,9 +45,8 @@ namespace
 
     void installHandler (int signal) noexcept
     {
-        struct sigaction action
-        {};
-        const bool isIgnored = ::sigaction (signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+        struct sigaction action = {};
+        const bool isIgnored    = ::sigaction (signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
 
         action            = {};
         action.sa_handler = endBySignal;
@@ -80,7 +79,7 @@ namespace
     }
 
     /** Opens a new file with a name of its own in the target's folder. @returns -1 when there can be none */
-    int openAside (const fs::path& target)
+    int createBeside (const fs::path& target)
     {
         const auto path = (target.parent_path() / ".pulsewright-XXXXXX").string();
 
@@ -130,8 +129,7 @@ OutputFile::~OutputFile()
 
 int OutputFile::openTarget()
 {
-    struct stat old
-    {};
+    struct stat old  = {};
     const bool isNew = ::stat (name.c_str(), &old) != 0;
 
     if (isNew && (errno != ENOENT || name.empty()))
@@ -139,9 +137,7 @@ int OutputFile::openTarget()
 
     if (isNew)
     {
-        target          = endOfLinks (name);
-        const int aside = openAside (target);
-        isAside         = aside >= 0;
+        const int aside = openAside (endOfLinks (name));
 
         if (isAside)
             ::fchmod (aside, permissionsOfNewFiles());
@@ -154,29 +150,37 @@ int OutputFile::openTarget()
     if (inPlace < 0 || ! S_ISREG (old.st_mode))
         return inPlace;
 
-    if (const int aside = old.st_uid == ::geteuid() ? openReplacement (old) : -1; aside >= 0)
+    std::error_code error;
+    const auto file   = fs::canonical (name, error);
+    const bool isOurs = ! error && old.st_uid == ::geteuid();
+
+    if (const int aside = isOurs ? openAside (file) : -1; isAside)
     {
-        ::close (inPlace);
-        return aside;
+        if (becomesLike (old, aside))
+        {
+            ::close (inPlace);
+            return aside;
+        }
+
+        giveUpAside (aside);
     }
 
     return ::ftruncate (inPlace, 0) == 0 ? inPlace : (::close (inPlace), -1);
 }
 
-int OutputFile::openReplacement (const struct stat& old)
+int OutputFile::openAside (fs::path newTarget)
 {
-    std::error_code error;
-    target          = fs::canonical (name, error);
-    const int aside = error ? -1 : openAside (target);
-    isAside         = aside >= 0;
+    target         = std::move (newTarget);
+    const int file = createBeside (target);
+    isAside        = file >= 0;
+    return file;
+}
 
-    if (! isAside || becomesLike (old, aside))
-        return aside;
-
+void OutputFile::giveUpAside (int file)
+{
     isAside = false;
     removeAside();
-    ::close (aside);
-    return -1;
+    ::close (file);
 }
 
 void OutputFile::fail (const char* message) const

@@ -11,8 +11,6 @@
 #include <string>
 #include <string_view>
 
-struct stat;
-
 namespace pulsewright::cli
 {
 
@@ -52,7 +50,8 @@ public:
 
 private:
     int openTarget();
-    int openReplacement (const struct stat& old);
+    int openAside (std::filesystem::path newTarget);
+    void giveUpAside (int file);
     [[noreturn]] void fail (const char* message) const;
 
     const std::string name;
