@@ -36,8 +36,12 @@ if (CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     add_compile_options ($<$<COMPILE_LANGUAGE:CXX>:-fno-gnu-unique>)
 endif()
 
+set (PULSEWRIGHT_OWN_FLAGS "" CACHE STRING "Compiler flags for our own files, not for JUCE's: such as a sanitizer")
+separate_arguments (PULSEWRIGHT_OWN_FLAGS)
+
 # For our own code only; JUCE's headers are system headers to it.
 add_library (pulsewright_warnings INTERFACE)
 target_compile_options (pulsewright_warnings INTERFACE
+    ${PULSEWRIGHT_OWN_FLAGS}
     $<$<CXX_COMPILER_ID:GNU,Clang,AppleClang>:-Wall -Wextra -Wshadow -Wconversion -Werror>
     $<$<CXX_COMPILER_ID:MSVC>:/W4>)

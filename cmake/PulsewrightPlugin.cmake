@@ -111,3 +111,17 @@ target_compile_definitions (pulsewright_plugin INTERFACE
 
 set (PULSEWRIGHT_BUNDLE "$<TARGET_FILE_DIR:Pulsewright_VST3>/../..")
 set (PULSEWRIGHT_LV2_BUNDLE "$<TARGET_FILE_DIR:Pulsewright_LV2>")
+
+add_custom_command (TARGET Pulsewright_LV2 POST_BUILD
+    COMMAND "${CMAKE_COMMAND}" "-DBUNDLE=${PULSEWRIGHT_LV2_BUNDLE}" -DLICENCE=https://www.gnu.org/licenses/agpl-3.0.html
+            "-DHOMEPAGE=https://tolm.example/pulsewright" -P "${CMAKE_CURRENT_SOURCE_DIR}/cmake/MendLv2Turtle.cmake"
+    VERBATIM)
+
+# Modules show their entry points alone: symbols of the standard library would be shared with other plug-ins' in a host.
+if (CMAKE_SYSTEM_NAME STREQUAL "Linux")
+    foreach (format VST3 LV2)
+        set (map "${CMAKE_CURRENT_SOURCE_DIR}/cmake/${format}.map")
+        target_link_options (Pulsewright_${format} PRIVATE "LINKER:--version-script=${map}")
+        set_property (TARGET Pulsewright_${format} APPEND PROPERTY LINK_DEPENDS "${map}")
+    endforeach()
+endif()

@@ -27,7 +27,7 @@ struct HostPosition
     std::optional<double> tempo;        ///< BPM
     std::optional<std::int64_t> sample; ///< since the host's start
     std::optional<int> beatsPerBar;
-    std::optional<HostLoop> loop;       ///< only while the host repeats it
+    std::optional<HostLoop> loop; ///< only while the host repeats it
 };
 
 /** A part of a block, played at one tempo. */
