@@ -6,7 +6,7 @@
 #include "ComparisonTable.h"
 #include "PlainDrumKit.h"
 
-#include "processor/DrumSynth.h"
+#include "processor/kit/DrumSynth.h"
 
 #include <algorithm>
 #include <array>
@@ -62,26 +62,25 @@ namespace
         DrumSynth synth;
         synth.setKernels (kernels);
         synth.prepare (sampleRate);
-        juce::AudioBuffer<float> buffer (2, blockSize);
-        std::array<juce::MidiBuffer, 4> starts; // one a kit
+        std::vector<float> left (static_cast<std::size_t> (blockSize)), right (left);
+        std::array<std::vector<NoteOn>, 4> starts; // one a kit
 
         for (int stroke = 0; stroke < 64; ++stroke)
-            starts[static_cast<std::size_t> (stroke / 5 % 4)].addEvent (juce::MidiMessage::noteOn (10, noteOf (stroke), juce::uint8 { 100 }), 0);
+            starts[static_cast<std::size_t> (stroke / 5 % 4)].push_back ({ 0, noteOf (stroke), 100 });
 
         double sum = 0.0;
 
         for (auto _ : state)
         {
-            juce::AudioBuffer<float> nothing (2, 0);
-
             for (int kit = 0; kit < 4; ++kit)
-                synth.render (nothing, starts[static_cast<std::size_t> (kit)], kit);
+                synth.render (SoundBlock<float> {}, kit, starts[static_cast<std::size_t> (kit)]);
 
             for (int position = 0; position < takeLength; position += blockSize)
             {
-                juce::AudioBuffer<float> block (buffer.getArrayOfWritePointers(), 2, std::min (blockSize, takeLength - position));
-                synth.render (block, {}, 0);
-                sum += static_cast<double> (buffer.getSample (0, 0) + buffer.getSample (1, 0));
+                synth.render (SoundBlock<float> { { left.data(), right.data() }, std::min (blockSize, takeLength - position) },
+                              0,
+                              std::span<const NoteOn> {});
+                sum += static_cast<double> (left[0] + right[0]);
             }
         }
 

@@ -22,24 +22,15 @@ juce_add_plugin (Pulsewright
     COPY_PLUGIN_AFTER_BUILD FALSE)
 
 target_sources (Pulsewright PRIVATE
-    source/processor/DrumSound.cpp
-    source/processor/DrumSound.h
-    source/processor/DrumSynth.cpp
-    source/processor/DrumSynth.h
-    source/processor/DrumVoice.cpp
-    source/processor/DrumVoice.h
-    source/processor/KitTables.cpp
-    source/processor/KitTables.h
+    source/processor/BlockPlayer.cpp
+    source/processor/BlockPlayer.h
     source/processor/Parameters.cpp
     source/processor/Parameters.h
     source/processor/PercentRange.h
     source/processor/PulsewrightAudioProcessor.cpp
     source/processor/PulsewrightAudioProcessor.h
-    source/processor/PulsewrightBlock.cpp
-    source/processor/PulsewrightState.cpp
-    source/processor/StrokeKernels.cpp
-    source/processor/StrokeKernels.h
-    source/processor/StrokeKernelsFor.h
+    source/processor/SavedState.cpp
+    source/processor/SavedState.h
     source/export/MidiExport.cpp
     source/export/MidiExport.h
     source/export/PrivateFolder.cpp
@@ -95,9 +86,9 @@ target_link_libraries (Pulsewright
     PRIVATE
         juce::juce_audio_utils
         juce::juce_recommended_config_flags
-        pulsewright_kernels
     PUBLIC
         pulsewright_export
+        pulsewright_kit
         pulsewright_playback)
 
 # For tools and tests: the library, with the headers and the definitions that it was built with. The

@@ -6,7 +6,7 @@
 
 #pragma once
 
-#include "processor/DrumSound.h"
+#include "processor/kit/DrumSound.h"
 
 #include <algorithm>
 #include <array>

@@ -5,7 +5,7 @@
 
 #pragma once
 
-#include "processor/PlaybackEngine.h"
+#include "processor/playback/PlaybackEngine.h"
 
 #include <algorithm>
 #include <cmath>

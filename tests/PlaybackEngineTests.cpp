@@ -5,9 +5,9 @@
 
 #include "generation/GrooveGenerator.h"
 #include "generation/SongBuilder.h"
-#include "processor/Lv2Transport.h"
-#include "processor/PreviewTransport.h"
-#include "processor/SnapshotExchange.h"
+#include "processor/playback/Lv2Transport.h"
+#include "processor/playback/PreviewTransport.h"
+#include "processor/playback/SnapshotExchange.h"
 
 #include <gtest/gtest.h>
 

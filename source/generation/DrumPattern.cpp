@@ -10,6 +10,23 @@
 namespace pulsewright
 {
 
+std::string_view note::nameOf (std::uint32_t note) noexcept
+{
+    switch (note)
+    {
+        case kick: return "Kick";
+        case sideStick: return "Side Stick";
+        case snare: return "Snare";
+        case secondSnare: return "Second Snare";
+        case closedHat: return "Closed Hat";
+        case lowTom: return "Low Tom";
+        case openHat: return "Open Hat";
+        case midTom: return "Mid Tom";
+        case highTom: return "High Tom";
+        default: return {};
+    }
+}
+
 std::string_view nameOf (DrumLane lane) noexcept
 {
     static constexpr std::array<std::string_view, laneCount> names { "Kick", "Snare", "Hats", "Perc" };

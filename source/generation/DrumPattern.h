@@ -40,6 +40,9 @@ namespace note
     inline constexpr std::uint32_t openHat     = 46;
     inline constexpr std::uint32_t midTom      = 47;
     inline constexpr std::uint32_t highTom     = 50;
+
+    /** What a piano roll calls it; empty for any other note. */
+    std::string_view nameOf (std::uint32_t note) noexcept;
 } // namespace note
 
 //==============================================================================

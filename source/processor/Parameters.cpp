@@ -3,10 +3,10 @@
 
 #include "Parameters.h"
 
-#include "DrumSound.h"
 #include "PercentRange.h"
 
 #include "generation/SongBuilder.h"
+#include "kit/DrumSound.h"
 
 #include <cmath>
 

@@ -3,10 +3,9 @@
 
 #include "PulsewrightAudioProcessor.h"
 
-#include "generation/GenreProfile.h"
-#include "generation/SongBuilder.h"
+#include "SavedState.h"
 
-#include <cmath>
+#include "generation/SongBuilder.h"
 
 namespace pulsewright
 {
@@ -14,11 +13,9 @@ namespace pulsewright
 //==============================================================================
 PulsewrightAudioProcessor::PulsewrightAudioProcessor()
     : AudioProcessor (BusesProperties().withOutput ("Output", juce::AudioChannelSet::stereo(), true)),
-      parameters (*this, nullptr, stateType, createParameterLayout()),
+      parameters (*this, nullptr, SavedState::type, createParameterLayout()),
       values (parameters)
 {
-    outgoing.ensureSize (reservedMidiBytes);
-
     openWithVerse();
 }
 
@@ -78,8 +75,8 @@ void PulsewrightAudioProcessor::generatePattern (SectionType kind)
         {
             refreshSettings();
             takeNextSalt();
-            pattern        = GrooveGenerator::generate (settings, kind, values.patternBars(), 0);
-            pendingSection = noSection;
+            pattern = GrooveGenerator::generate (settings, kind, values.patternBars(), 0);
+            player.forgetTrigger();
             publishPattern();
         });
 }
@@ -95,12 +92,8 @@ void PulsewrightAudioProcessor::mutatePattern()
             nudgeMacros (counter);
             refreshSettings();
 
-            LaneLocks locks {};
-            for (std::size_t lane = 0; lane < locks.size(); ++lane)
-                locks[lane] = laneLocks[lane].load();
-
-            pattern        = GrooveGenerator::mutate (settings, pattern, locks, counter);
-            pendingSection = noSection;
+            pattern = GrooveGenerator::mutate (settings, pattern, currentLocks(), counter);
+            player.forgetTrigger();
             publishPattern();
         });
 }
@@ -155,7 +148,7 @@ void PulsewrightAudioProcessor::buildSong()
             if (! song->sections.empty())
                 pattern = song->sections.front().pattern;
 
-            pendingSection = noSection;
+            player.forgetTrigger();
             publishPlaybackData();
         });
 }
@@ -168,8 +161,8 @@ void PulsewrightAudioProcessor::selectSection (int index)
         if (! juce::isPositiveAndBelow (index, static_cast<int> (song->sections.size())))
             return;
 
-        pattern        = song->sections[static_cast<std::size_t> (index)].pattern;
-        pendingSection = noSection;
+        pattern = song->sections[static_cast<std::size_t> (index)].pattern;
+        player.forgetTrigger();
         publishPattern();
         ++changeCounter;
     }
@@ -182,9 +175,9 @@ void PulsewrightAudioProcessor::setMaterial (DrumPattern newPattern, SongArrange
     changeMaterial (
         [&]
         {
-            pattern        = std::move (newPattern);
-            song           = std::make_shared<const SongArrangement> (std::move (newSong));
-            pendingSection = noSection;
+            pattern = std::move (newPattern);
+            song    = std::make_shared<const SongArrangement> (std::move (newSong));
+            player.forgetTrigger();
             publishPlaybackData();
         });
 }
@@ -206,7 +199,7 @@ void PulsewrightAudioProcessor::rebuildFromCounter()
 void PulsewrightAudioProcessor::publishPattern()
 {
     published.pattern = makePlaybackData (pattern.hits, pattern.lengthInBeats());
-    snapshots.publish (std::make_unique<const PlaybackSnapshot> (published));
+    player.publish (published);
 }
 
 void PulsewrightAudioProcessor::publishPlaybackData()
@@ -238,6 +231,16 @@ bool PulsewrightAudioProcessor::isSongAsChosen() const
 }
 
 //==============================================================================
+LaneLocks PulsewrightAudioProcessor::currentLocks() const noexcept
+{
+    LaneLocks locks {};
+
+    for (std::size_t lane = 0; lane < locks.size(); ++lane)
+        locks[lane] = laneLocks[lane].load();
+
+    return locks;
+}
+
 bool PulsewrightAudioProcessor::isLaneLocked (int lane) const noexcept
 {
     return juce::isPositiveAndBelow (lane, static_cast<int> (laneCount)) && laneLocks[static_cast<std::size_t> (lane)].load();
@@ -252,23 +255,6 @@ void PulsewrightAudioProcessor::setLaneLocked (int lane, bool shouldBeLocked)
         tellHostStateChanged();
 }
 
-bool PulsewrightAudioProcessor::startPreview() noexcept
-{
-    const bool fullSong = values.playsFullSong();
-    preview.start (fullSong);
-    return fullSong;
-}
-
-int PulsewrightAudioProcessor::getEffectiveBpm() const noexcept
-{
-    const double tempo = lastHostTempo.load();
-
-    if (tempo >= 30.0 && tempo <= 300.0)
-        return static_cast<int> (std::round (tempo));
-
-    return profileOf (values.genre()).tempoBpm;
-}
-
 int PulsewrightAudioProcessor::getSongBarCount (int bpm) const noexcept
 {
     return SongBuilder::songBars (SongBuilder::durationSeconds (values.genre(), values.songDuration()), bpm);
@@ -280,12 +266,80 @@ PulsewrightAudioProcessor::SongLength PulsewrightAudioProcessor::getChosenSongLe
 }
 
 //==============================================================================
+void PulsewrightAudioProcessor::getStateInformation (juce::MemoryBlock& destination)
+{
+    SavedState { .seedCounter = seedCounter.load(), .locks = currentLocks(), .parameters = parameters.copyState() }.write (destination);
+}
+
+void PulsewrightAudioProcessor::setStateInformation (const void* data, int size)
+{
+    const auto state = SavedState::read (data, size, parameters);
+
+    if (! state)
+        return;
+
+    ++restoresUnderway;
+    seedCounter = state->seedCounter;
+
+    for (std::size_t lane = 0; lane < laneLocks.size(); ++lane)
+        laneLocks[lane] = state->locks[lane];
+
+    parameters.replaceState (state->parameters);
+    rebuildFromCounter();
+    ++restoreCount;
+    --restoresUnderway;
+}
+
+//==============================================================================
+void PulsewrightAudioProcessor::prepareToPlay (double sampleRate, int)
+{
+    player.prepare (sampleRate, wrapperType == wrapperType_LV2);
+}
+
+BlockPlayer::Said PulsewrightAudioProcessor::askHost() const
+{
+    const auto* head = getPlayHead();
+    return head != nullptr ? head->getPosition() : BlockPlayer::Said {};
+}
+
+void PulsewrightAudioProcessor::processBlock (juce::AudioBuffer<float>& buffer, juce::MidiBuffer& midi)
+{
+    player.play (buffer, midi, askHost());
+}
+
+void PulsewrightAudioProcessor::processBlock (juce::AudioBuffer<double>& buffer, juce::MidiBuffer& midi)
+{
+    player.play (buffer, midi, askHost());
+}
+
+void PulsewrightAudioProcessor::processBlockBypassed (juce::AudioBuffer<float>& buffer, juce::MidiBuffer&)
+{
+    buffer.clear();
+    player.skip (buffer.getNumSamples(), askHost());
+}
+
+void PulsewrightAudioProcessor::processBlockBypassed (juce::AudioBuffer<double>& buffer, juce::MidiBuffer&)
+{
+    buffer.clear();
+    player.skip (buffer.getNumSamples(), askHost());
+}
+
+//==============================================================================
 bool PulsewrightAudioProcessor::isBusesLayoutSupported (const BusesLayout& layout) const
 {
     const auto output = layout.getMainOutputChannelSet();
 
     return layout.inputBuses.isEmpty() && layout.outputBuses.size() == 1
         && (output == juce::AudioChannelSet::mono() || output == juce::AudioChannelSet::stereo());
+}
+
+std::optional<juce::String> PulsewrightAudioProcessor::getNameForMidiNoteNumber (int midiNote, int)
+{
+    if (const int slot = midiNote - BlockPlayer::firstTriggerNote; juce::isPositiveAndBelow (slot, BlockPlayer::numTriggerNotes))
+        return "Section " + juce::String (slot + 1);
+
+    const auto name = midiNote >= 0 ? note::nameOf (static_cast<std::uint32_t> (midiNote)) : std::string_view {};
+    return name.empty() ? std::nullopt : std::make_optional (juce::String (name.data(), name.size()));
 }
 
 } // namespace pulsewright

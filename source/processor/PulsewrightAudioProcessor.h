@@ -5,13 +5,8 @@
 
 #pragma once
 
-#include "DrumSynth.h"
-#include "Lv2Transport.h"
+#include "BlockPlayer.h"
 #include "Parameters.h"
-#include "PlaybackData.h"
-#include "PlaybackEngine.h"
-#include "PreviewTransport.h"
-#include "SnapshotExchange.h"
 
 #include "generation/GrooveGenerator.h"
 #include "generation/SongArrangement.h"
@@ -85,12 +80,12 @@ public:
     bool isLaneLocked (int lane) const noexcept;
 
     /** Starts the preview clock from the first beat. Thread: message. @returns whether it plays the full song */
-    bool startPreview() noexcept;
-    void stopPreview() noexcept { preview.stop(); }
-    bool isPreviewPlaying() const noexcept { return preview.isPlaying(); }
+    bool startPreview() noexcept { return player.startPreview(); }
+    void stopPreview() noexcept { player.stopPreview(); }
+    bool isPreviewPlaying() const noexcept { return player.isPreviewPlaying(); }
 
     /** The host's last tempo, rounded, when it lies in 30 to 300; otherwise the genre's. */
-    int getEffectiveBpm() const noexcept;
+    int getEffectiveBpm() const noexcept { return player.effectiveBpm(); }
 
     /** The length in bars of a song of the chosen duration and genre. */
     int getSongBarCount (int bpm) const noexcept;
@@ -106,7 +101,7 @@ public:
     /** Counts the changes of pattern or song. Read it before copying them: then no change is missed. */
     std::uint32_t getChangeCounter() const noexcept { return changeCounter.load(); }
 
-    /** Counts restores. What parameters do during one is no one's choice. */
+    /** Counts restores. Parameter changes during a restore are not user actions. */
     std::uint32_t getRestoreCount() const noexcept { return restoreCount.load(); }
     bool isRestoring() const noexcept { return restoresUnderway.load() > 0; }
 
@@ -155,11 +150,6 @@ public:
     juce::AudioProcessorValueTreeState parameters;
 
 private:
-    static constexpr const char* stateType = "PulsewrightState";
-    static constexpr int noSection         = -1;
-
-    static constexpr std::size_t reservedMidiBytes = 1 << 16; ///< for a dense block's events; our buffer and the host's take turns
-
     // Under the data lock.
     void refreshSettings();
     void takeNextSalt();
@@ -178,20 +168,12 @@ private:
     void changeState (Change&& change);
 
     void rebuildFromCounter(); ///< after a restore
+    LaneLocks currentLocks() const noexcept;
+    BlockPlayer::Said askHost() const; ///< where its transport is
     void tellHostStateChanged();
 
-    // Thread: audio. Blocks: never. Allocates: never, as above.
-    template <typename Sample>
-    void render (juce::AudioBuffer<Sample>& buffer, juce::MidiBuffer& midi);
-    void filterIncoming (const juce::MidiBuffer& incoming);
-    template <typename Sink>
-    void followHost (int numSamples, Sink&& sink) noexcept; ///< gives the sink each HostStretch of the block
-    void addEvents (const PlaybackSnapshot& snapshot, int numSamples);
-    void addPreviewEvents (const PlaybackSnapshot& snapshot, PreviewTransport::Block block, int numSamples);
-    void addHostEvents (const PlaybackSnapshot& snapshot, const HostStretch& stretch);
-    const PlaybackData* sourceOf (const PlaybackSnapshot& snapshot, bool fullSong) const noexcept;
-
-    const ParameterReader values; // any thread
+    const ParameterReader values;  // any thread
+    BlockPlayer player { values }; // its parts say which thread
 
     // under dataLock
     juce::CriticalSection dataLock;
@@ -202,22 +184,11 @@ private:
     PlaybackSnapshot published;                                                              // the publisher's copy of what is current
 
     // both, atomic
-    SnapshotExchange<PlaybackSnapshot> snapshots;
     std::array<std::atomic<bool>, laneCount> laneLocks {};
     std::atomic<std::uint32_t> seedCounter { 1 };
     std::atomic<std::uint32_t> changeCounter { 0 };
     std::atomic<std::uint32_t> restoreCount { 0 };
     std::atomic<int> restoresUnderway { 0 };
-    std::atomic<int> pendingSection { noSection }; // a section slot chosen by a trigger note
-    std::atomic<double> lastHostTempo { 0.0 };     // BPM; 0 until one is seen
-    PreviewTransport preview;
-
-    // audio thread only
-    double sampleRate = 44100.0;
-    Lv2Transport lv2Transport;
-    TransportContinuity continuity;
-    juce::MidiBuffer outgoing;
-    DrumSynth synth;
 
     JUCE_DECLARE_NON_COPYABLE_WITH_LEAK_DETECTOR (PulsewrightAudioProcessor)
 };

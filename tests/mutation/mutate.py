@@ -39,7 +39,7 @@ AREAS = {
     "generator": ["source/generation/*.cpp", "source/generation/*.h"],
     "writer": ["source/export/MidiFileWriter.cpp"],
     "engine": ["source/processor/Playback*.cpp", "source/processor/Playback*.h",
-               "source/processor/PreviewTransport.h", "source/processor/SnapshotExchange.h"],
+               "source/processor/playback/PreviewTransport.h", "source/processor/playback/SnapshotExchange.h"],
 }
 TREE = ["CMakeLists.txt", "CMakePresets.json", "cmake", "source", "plain", "tests", "tools/MusicDigest.cpp"]
 

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 Tolm
 // SPDX-License-Identifier: AGPL-3.0-only
 
-// What a host project keeps of the plug-in: parameters, lane locks and the seed counter.
+#include "SavedState.h"
 
-#include "PulsewrightAudioProcessor.h"
+#include "Parameters.h"
 
 #include <algorithm>
 #include <cmath>
@@ -51,7 +51,8 @@ namespace
             && text.find ("base64:") == text.npos;
     }
 
-    std::unique_ptr<juce::XmlElement> parseState (const void* data, int size)
+    /** @returns the element, or null where the bytes hold none that is safe to parse */
+    std::unique_ptr<juce::XmlElement> parse (const void* data, int size)
     {
         constexpr int headerSize = 8; // a magic number and the length of the text
 
@@ -70,6 +71,24 @@ namespace
             return {};
 
         return juce::AudioProcessor::getXmlFromBinary (data, size);
+    }
+
+    /** The parser lets an attribute stand twice, and a tree would read the first and save the last. */
+    void keepLastOfEachAttribute (juce::XmlElement& element)
+    {
+        juce::NamedValueSet last;
+
+        for (int i = 0; i < element.getNumAttributes(); ++i)
+            last.set (element.getAttributeName (i), element.getAttributeValue (i));
+
+        element.removeAllAttributes();
+
+        for (const auto& [name, value] : last)
+            element.setAttribute (name, value.toString());
+
+        for (auto* child : element.getChildIterator())
+            if (! child->isTextElement())
+                keepLastOfEachAttribute (*child);
     }
 
     /** A decimal number modulo 2^32, with or without a sign; what is no number is 0. */
@@ -125,7 +144,7 @@ namespace
     }
 
     /** Whether a state would be taken back once it is saved: writing it out takes more characters than it came with. */
-    bool comesBack (const juce::ValueTree& state)
+    bool isRestorable (const juce::ValueTree& state)
     {
         constexpr std::size_t roomToGrow = 2048; // the counter, the locks, and longer numbers
 
@@ -134,9 +153,9 @@ namespace
     }
 
     /** The values of our own parameters alone. @param state  complete */
-    juce::ValueTree withoutStrangers (const juce::ValueTree& state, const juce::AudioProcessorValueTreeState& parameters)
+    juce::ValueTree ownParametersOnly (const juce::ValueTree& state, const juce::AudioProcessorValueTreeState& parameters)
     {
-        juce::ValueTree ours (state.getType());
+        juce::ValueTree own (state.getType());
 
         for (const auto* parameter : parameters.processor.getParameters())
             if (const auto* ranged = dynamic_cast<const juce::RangedAudioParameter*> (parameter))
@@ -147,54 +166,49 @@ namespace
                     if (child[idProperty].toString() == ranged->paramID)
                         value = child[valueProperty]; // of several the last, as the parameter tree takes it
 
-                ours.appendChild (juce::ValueTree (parameterType, { { idProperty, ranged->paramID }, { valueProperty, value } }), nullptr);
+                own.appendChild (juce::ValueTree (parameterType, { { idProperty, ranged->paramID }, { valueProperty, value } }), nullptr);
             }
 
-        return ours;
+        return own;
     }
 } // namespace
 
 //==============================================================================
-void PulsewrightAudioProcessor::getStateInformation (juce::MemoryBlock& destination)
+std::optional<SavedState> SavedState::read (const void* data, int size, const juce::AudioProcessorValueTreeState& layout)
 {
-    auto state = parameters.copyState();
-    state.setProperty (seedCounterProperty, static_cast<juce::int64> (seedCounter.load()), nullptr);
+    const auto xml = parse (data, size);
 
-    for (std::size_t lane = 0; lane < laneLocks.size(); ++lane)
-        state.setProperty (lockProperty (lane), laneLocks[lane].load(), nullptr);
+    if (xml == nullptr || xml->getTagName() != type)
+        return {};
 
-    if (const auto xml = state.createXml())
-        copyXmlToBinary (*xml, destination);
+    keepLastOfEachAttribute (*xml);
+
+    SavedState state;
+    state.parameters = juce::ValueTree::fromXml (*xml);
+    complete (state.parameters, layout);
+
+    if (! isRestorable (state.parameters))
+        state.parameters = ownParametersOnly (state.parameters, layout);
+
+    if (xml->hasAttribute (seedCounterProperty))
+        state.seedCounter = counterFrom (xml->getStringAttribute (seedCounterProperty));
+
+    for (std::size_t lane = 0; lane < state.locks.size(); ++lane)
+        state.locks[lane] = static_cast<bool> (juce::var (xml->getStringAttribute (lockProperty (lane))));
+
+    return state;
 }
 
-void PulsewrightAudioProcessor::setStateInformation (const void* data, int size)
+void SavedState::write (juce::MemoryBlock& destination) const
 {
-    const auto parsed = parseState (data, size);
+    auto state = parameters.createCopy();
+    state.setProperty (seedCounterProperty, static_cast<juce::int64> (seedCounter), nullptr);
 
-    if (parsed == nullptr || parsed->getTagName() != stateType)
-        return;
+    for (std::size_t lane = 0; lane < locks.size(); ++lane)
+        state.setProperty (lockProperty (lane), locks[lane], nullptr);
 
-    // The parser lets an attribute stand twice; a tree then reads the first and saves the last. So what is
-    // read here is what would be saved.
-    const auto xml = juce::ValueTree::fromXml (*parsed).createXml();
-    auto state     = juce::ValueTree::fromXml (*xml);
-    complete (state, parameters);
-
-    if (! comesBack (state))
-        state = withoutStrangers (state, parameters);
-
-    ++restoresUnderway;
-
-    seedCounter = xml->hasAttribute (seedCounterProperty) ? counterFrom (xml->getStringAttribute (seedCounterProperty)) : 1u;
-
-    for (std::size_t lane = 0; lane < laneLocks.size(); ++lane)
-        laneLocks[lane] = static_cast<bool> (juce::var (xml->getStringAttribute (lockProperty (lane))));
-
-    parameters.replaceState (state);
-    rebuildFromCounter();
-
-    ++restoreCount;
-    --restoresUnderway;
+    if (const auto xml = state.createXml())
+        juce::AudioProcessor::copyXmlToBinary (*xml, destination);
 }
 
 } // namespace pulsewright

@@ -1,10 +1,11 @@
 // SPDX-FileCopyrightText: 2026 Tolm
 // SPDX-License-Identifier: AGPL-3.0-only
 
-// A block, from what the host says to MIDI and sound. Thread: audio, but for preparing and the notes' names.
+#include "BlockPlayer.h"
 
-#include "PulsewrightAudioProcessor.h"
+#include "generation/GenreProfile.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace pulsewright
@@ -12,17 +13,16 @@ namespace pulsewright
 
 namespace
 {
-    // Notes C4 to G4, on any channel, choose the section that the pattern loop plays.
-    constexpr int firstTriggerNote = 60;
-    constexpr int numTriggerNotes  = static_cast<int> (PlaybackSnapshot::numSectionSlots);
+    bool isNoteOn (const juce::MidiMessageMetadata& message) noexcept
+    {
+        return message.numBytes >= 3 && (message.data[0] & 0xF0) == 0x90 && message.data[2] > 0;
+    }
 
     /** The section slot that a message chooses, or -1. */
     int triggerOf (const juce::MidiMessageMetadata& message) noexcept
     {
-        const bool isNoteOn = message.numBytes >= 3 && (message.data[0] & 0xF0) == 0x90 && message.data[2] > 0;
-        const int slot      = isNoteOn ? message.data[1] - firstTriggerNote : -1;
-
-        return juce::isPositiveAndBelow (slot, numTriggerNotes) ? slot : -1;
+        const int slot = isNoteOn (message) ? message.data[1] - BlockPlayer::firstTriggerNote : -1;
+        return juce::isPositiveAndBelow (slot, BlockPlayer::numTriggerNotes) ? slot : -1;
     }
 
     std::optional<HostLoop> loopOf (const juce::AudioPlayHead::PositionInfo& said) noexcept
@@ -67,41 +67,44 @@ namespace
 } // namespace
 
 //==============================================================================
-void PulsewrightAudioProcessor::prepareToPlay (double newSampleRate, int)
+BlockPlayer::BlockPlayer (const ParameterReader& valuesToFollow) : values (valuesToFollow)
 {
-    sampleRate = newSampleRate;
+    outgoing.ensureSize (reservedMidiBytes);
+}
+
+bool BlockPlayer::startPreview() noexcept
+{
+    const bool fullSong = values.playsFullSong();
+    preview.start (fullSong);
+    return fullSong;
+}
+
+int BlockPlayer::effectiveBpm() const noexcept
+{
+    const double tempo = lastHostTempo.load();
+
+    if (tempo >= 30.0 && tempo <= 300.0)
+        return static_cast<int> (std::round (tempo));
+
+    return profileOf (values.genre()).tempoBpm;
+}
+
+void BlockPlayer::prepare (double newSampleRate, bool hostTellsOfChanges)
+{
+    sampleRate     = newSampleRate;
+    keepsTransport = hostTellsOfChanges;
     preview.rewind();
     continuity.breakOff();
     outgoing.ensureSize (reservedMidiBytes);
     synth.prepare (newSampleRate);
 }
 
-void PulsewrightAudioProcessor::processBlock (juce::AudioBuffer<float>& buffer, juce::MidiBuffer& midi)
-{
-    render (buffer, midi);
-}
-
-void PulsewrightAudioProcessor::processBlock (juce::AudioBuffer<double>& buffer, juce::MidiBuffer& midi)
-{
-    render (buffer, midi);
-}
-
-void PulsewrightAudioProcessor::processBlockBypassed (juce::AudioBuffer<float>& buffer, juce::MidiBuffer&)
-{
-    buffer.clear();
-    followHost (buffer.getNumSamples(), [] (const HostStretch&) {});
-}
-
-void PulsewrightAudioProcessor::processBlockBypassed (juce::AudioBuffer<double>& buffer, juce::MidiBuffer&)
-{
-    buffer.clear();
-    followHost (buffer.getNumSamples(), [] (const HostStretch&) {});
-}
-
+//==============================================================================
 template <typename Sample>
-void PulsewrightAudioProcessor::render (juce::AudioBuffer<Sample>& buffer, juce::MidiBuffer& midi)
+void BlockPlayer::play (juce::AudioBuffer<Sample>& buffer, juce::MidiBuffer& midi, const Said& said)
 {
     const juce::ScopedNoDenormals noDenormals;
+    const int numSamples = buffer.getNumSamples();
     buffer.clear();
 
     filterIncoming (midi);
@@ -109,15 +112,35 @@ void PulsewrightAudioProcessor::render (juce::AudioBuffer<Sample>& buffer, juce:
     {
         const auto reading = snapshots.read();
 
-        if (const auto* snapshot = reading.get())
-            addEvents (*snapshot, buffer.getNumSamples());
+        if (const auto* music = reading.get())
+            addEvents (*music, said, numSamples);
     }
 
     midi.swapWith (outgoing);
-    synth.render (buffer, midi, values.soundKit());
+
+    SoundBlock<Sample> sound { .sides = {}, .numSamples = numSamples };
+    for (int side = 0; side < std::min (2, buffer.getNumChannels()); ++side)
+        sound.sides[static_cast<std::size_t> (side)] = buffer.getWritePointer (side);
+
+    synth.renderFrom (sound,
+                      values.soundKit(),
+                      [&midi] (auto&& strike)
+                      {
+                          for (const auto message : midi)
+                              if (isNoteOn (message))
+                                  strike (NoteOn { message.samplePosition, message.data[1], message.data[2] });
+                      });
 }
 
-void PulsewrightAudioProcessor::filterIncoming (const juce::MidiBuffer& incoming)
+template void BlockPlayer::play (juce::AudioBuffer<float>&, juce::MidiBuffer&, const Said&);
+template void BlockPlayer::play (juce::AudioBuffer<double>&, juce::MidiBuffer&, const Said&);
+
+void BlockPlayer::skip (int numSamples, const Said& said) noexcept
+{
+    followHost (said, numSamples, [] (const HostStretch&) {});
+}
+
+void BlockPlayer::filterIncoming (const juce::MidiBuffer& incoming)
 {
     int trigger = noSection;
     outgoing.clear();
@@ -135,55 +158,54 @@ void PulsewrightAudioProcessor::filterIncoming (const juce::MidiBuffer& incoming
 }
 
 template <typename Sink>
-void PulsewrightAudioProcessor::followHost (int numSamples, Sink&& sink) noexcept
+void BlockPlayer::followHost (const Said& said, int numSamples, Sink&& sink) noexcept
 {
-    const auto* head    = getPlayHead();
-    const auto said     = head != nullptr ? head->getPosition() : juce::Optional<juce::AudioPlayHead::PositionInfo> {};
     const auto position = said.hasValue() ? std::make_optional (positionOf (*said)) : std::nullopt;
 
-    if (wrapperType == wrapperType_LV2)
-        lv2Transport.follow (position, numSamples, sampleRate, getEffectiveBpm(), sink);
+    if (keepsTransport)
+        transport.follow (position, numSamples, sampleRate, effectiveBpm(), sink);
     else
         sink (HostStretch { 0, numSamples, position.value_or (HostPosition {}) });
 }
 
-void PulsewrightAudioProcessor::addEvents (const PlaybackSnapshot& snapshot, int numSamples)
+void BlockPlayer::addEvents (const PlaybackSnapshot& music, const Said& said, int numSamples)
 {
     const auto block = preview.beginBlock();
 
-    followHost (numSamples,
+    followHost (said,
+                numSamples,
                 [&] (const HostStretch& stretch)
                 {
                     if (! block.isPlaying())
-                        addHostEvents (snapshot, stretch);
+                        addHostEvents (music, stretch);
                 });
 
     if (block.isPlaying())
     {
         continuity.breakOff();
-        addPreviewEvents (snapshot, block, numSamples);
+        addPreviewEvents (music, block, numSamples);
     }
 }
 
-const PlaybackData* PulsewrightAudioProcessor::sourceOf (const PlaybackSnapshot& snapshot, bool fullSong) const noexcept
+const PlaybackData* BlockPlayer::sourceOf (const PlaybackSnapshot& music, bool fullSong) const noexcept
 {
     if (fullSong)
-        return snapshot.song.get();
+        return music.song.get();
 
     // A slot chosen by a trigger is played even where the song has no such section: then it is silent.
     const int slot = pendingSection.load();
 
     if (juce::isPositiveAndBelow (slot, numTriggerNotes))
-        return snapshot.sections[static_cast<std::size_t> (slot)].get();
+        return music.sections[static_cast<std::size_t> (slot)].get();
 
-    return snapshot.pattern.get();
+    return music.pattern.get();
 }
 
-void PulsewrightAudioProcessor::addPreviewEvents (const PlaybackSnapshot& snapshot, PreviewTransport::Block block, int numSamples)
+void BlockPlayer::addPreviewEvents (const PlaybackSnapshot& music, PreviewTransport::Block block, int numSamples)
 {
     const bool fullSong = block.isFullSong();
-    const auto* source  = sourceOf (snapshot, fullSong);
-    const auto window   = windowAt (block.position, getEffectiveBpm(), sampleRate, numSamples);
+    const auto* source  = sourceOf (music, fullSong);
+    const auto window   = windowAt (block.position, effectiveBpm(), sampleRate, numSamples);
 
     if (! isPlayable (source) || window.numSamples == 0)
         return;
@@ -198,14 +220,14 @@ void PulsewrightAudioProcessor::addPreviewEvents (const PlaybackSnapshot& snapsh
         preview.moveTo (window.end);
 }
 
-void PulsewrightAudioProcessor::addHostEvents (const PlaybackSnapshot& snapshot, const HostStretch& stretch)
+void BlockPlayer::addHostEvents (const PlaybackSnapshot& music, const HostStretch& stretch)
 {
     const auto& position = stretch.position;
 
     if (! position.isRolling || ! position.beat)
         return continuity.breakOff();
 
-    const double tempo = position.tempo.value_or (getEffectiveBpm());
+    const double tempo = position.tempo.value_or (effectiveBpm());
     lastHostTempo      = tempo;
 
     if (stretch.numSamples == 0)
@@ -217,34 +239,13 @@ void PulsewrightAudioProcessor::addHostEvents (const PlaybackSnapshot& snapshot,
         return continuity.breakOff();
 
     const bool fullSong  = values.playsFullSong();
-    const auto* source   = sourceOf (snapshot, fullSong);
+    const auto* source   = sourceOf (music, fullSong);
     const bool hasSource = isPlayable (source);
     window.firstSample   = stretch.firstSample;
     window               = continuity.join (window, position.loop, hasSource && ! fullSong ? source->lengthInBeats : 0.0);
 
     if (hasSource)
         addNotes (outgoing, *source, fullSong, window);
-}
-
-//==============================================================================
-std::optional<juce::String> PulsewrightAudioProcessor::getNameForMidiNoteNumber (int midiNote, int)
-{
-    if (juce::isPositiveAndBelow (midiNote - firstTriggerNote, numTriggerNotes))
-        return "Section " + juce::String (midiNote - firstTriggerNote + 1);
-
-    switch (static_cast<std::uint32_t> (midiNote))
-    {
-        case note::kick: return "Kick";
-        case note::sideStick: return "Side Stick";
-        case note::snare: return "Snare";
-        case note::secondSnare: return "Second Snare";
-        case note::closedHat: return "Closed Hat";
-        case note::lowTom: return "Low Tom";
-        case note::openHat: return "Open Hat";
-        case note::midTom: return "Mid Tom";
-        case note::highTom: return "High Tom";
-        default: return {};
-    }
 }
 
 } // namespace pulsewright
