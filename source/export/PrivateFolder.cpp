@@ -4,6 +4,7 @@
 #include "PrivateFolder.h"
 
 #if JUCE_LINUX || JUCE_BSD || JUCE_MAC
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #endif
@@ -18,11 +19,19 @@ bool makePrivateFolder (const juce::File& folder)
     const auto& path = folder.getFullPathName();
     mkdir (path.toRawUTF8(), S_IRWXU); // if it is there, or cannot be made, that shows below
 
+    // All by one descriptor, so that nobody can put something else in its place meanwhile.
+    const auto opened = open (path.toRawUTF8(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+
+    if (opened < 0)
+        return false;
+
     struct stat info
     {};
-    constexpr auto othersMayWrite = S_IWGRP | S_IWOTH;
-
-    return lstat (path.toRawUTF8(), &info) == 0 && S_ISDIR (info.st_mode) && info.st_uid == geteuid() && (info.st_mode & othersMayWrite) == 0;
+    const bool isOurs         = fstat (opened, &info) == 0 && info.st_uid == geteuid();
+    const bool othersMayWrite = (info.st_mode & (S_IWGRP | S_IWOTH)) != 0;
+    const bool isOursAlone    = isOurs && (! othersMayWrite || fchmod (opened, S_IRWXU) == 0);
+    close (opened);
+    return isOursAlone;
 }
 
 #else
