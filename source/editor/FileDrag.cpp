@@ -10,16 +10,28 @@ namespace pulsewright
 
 namespace
 {
-    const juce::Identifier draggingPeer ("draggingPeer"); // of the window: the id of the peer that a drag left from
+    // Properties of the window.
+    const juce::Identifier draggingPeer ("draggingPeer"); // the id of the peer that a drag left from
+    const juce::Identifier overruled ("overruled");       // present if we have ended the drag in the receiver's place
+
+    /** A receiver may owe its answer to where the pointer is though the drag is over, and JUCE would wait for it in
+        the next drag. Not to be called during that one: JUCE would take this for the answer and ignore the true one.
+    */
+    void answerForReceiver (juce::Component& window)
+    {
+        sendX11Message (window, "XdndStatus");
+    }
 } // namespace
 
-void startFileDrag (const juce::File& file, juce::Component& source)
+bool startFileDrag (const juce::File& file, juce::Component& source)
 {
     auto* window = source.getTopLevelComponent();
+    ignoreX11ErrorsOfOurConnection();
+    offerOnlyCopies (source);
 
-    // On X11 the text given here is what the receiver gets, so it has to be an address.
+    // On X11 the text given here is what the receiver gets: a list of addresses, each of which ends its line (RFC 2483).
 #if JUCE_LINUX || JUCE_BSD
-    const auto name = fileUri (file);
+    const auto name = fileUri (file) + "\r\n";
 #else
     const auto name = file.getFullPathName();
 #endif
@@ -29,12 +41,17 @@ void startFileDrag (const juce::File& file, juce::Component& source)
 
     const auto isOver = [window = juce::Component::SafePointer<juce::Component> (window)]
     {
-        if (window != nullptr)
-            window->getProperties().remove (draggingPeer);
+        if (window == nullptr)
+            return;
+
+        window->getProperties().remove (draggingPeer);
+
+        if (! window->getProperties().remove (overruled))
+            answerForReceiver (*window);
     };
 
-    if (! juce::DragAndDropContainer::performExternalDragDropOfFiles ({ name }, false, &source, isOver))
-        isOver();
+    // Where it is refused, the next press ends whatever is in the way.
+    return juce::DragAndDropContainer::performExternalDragDropOfFiles ({ name }, false, &source, isOver);
 }
 
 bool isFileDragUnderWay (juce::Component& source)
@@ -47,11 +64,13 @@ bool isFileDragUnderWay (juce::Component& source)
 void endUnansweredFileDrag (juce::Component& source)
 {
 #if JUCE_LINUX || JUCE_BSD
-    // A receiver may owe its answer to where the pointer is as well, though the drag is over: JUCE waits for it.
-    sendX11Message (source, "XdndStatus");
+    if (! isFileDragUnderWay (source))
+        return;
 
-    if (isFileDragUnderWay (source))
-        sendX11Message (source, "XdndFinished");
+    auto& window = *source.getTopLevelComponent();
+    window.getProperties().set (overruled, true);
+    answerForReceiver (window);
+    sendX11Message (window, "XdndFinished");
 #else
     source.getTopLevelComponent()->getProperties().remove (draggingPeer);
 #endif

@@ -12,8 +12,9 @@ namespace pulsewright
 
 /** Hands a file to the window system to be dragged, as a copy.
     @param source  the pressed component, shown in a window
+    @returns whether the drag has begun; it does not while another program holds the pointer
 */
-void startFileDrag (const juce::File& file, juce::Component& source);
+bool startFileDrag (const juce::File& file, juce::Component& source);
 
 /** @returns whether a file dragged out of the source's window is still on its way, or lies with a receiver
     that has not said that it is done

@@ -4,10 +4,60 @@
 #define JUCE_GUI_BASICS_INCLUDE_XHEADERS 1
 #include "X11Messages.h"
 
+#if JUCE_LINUX || JUCE_BSD
+#include <X11/Xproto.h>
+#endif
+
 namespace pulsewright
 {
 
 #if JUCE_LINUX || JUCE_BSD
+
+namespace
+{
+    using ErrorHook    = Bool (*) (::Display*, XErrorEvent*, xError*);
+    using SetErrorHook = ErrorHook (*) (::Display*, int error, ErrorHook);
+
+    Bool ignoreError (::Display*, XErrorEvent*, xError*)
+    {
+        return False; // to Xlib: tell nobody
+    }
+
+    ::Window windowOf (const juce::ComponentPeer& peer)
+    {
+        return reinterpret_cast<::Window> (peer.getNativeHandle());
+    }
+} // namespace
+
+void ignoreX11ErrorsOfOurConnection()
+{
+    juce::DynamicLibrary xlib ("libX11.so.6"); // the one that JUCE has loaded
+
+    if (const auto setErrorHook = reinterpret_cast<SetErrorHook> (xlib.getFunction ("XESetWireToError")))
+        for (int error = BadRequest; error <= BadImplementation; ++error)
+            setErrorHook (juce::XWindowSystem::getInstance()->getDisplay(), error, ignoreError);
+}
+
+void offerOnlyCopies (juce::Component& component)
+{
+    const auto* peer = component.getPeer();
+
+    if (peer == nullptr)
+        return;
+
+    const auto& system = *juce::XWindowSystem::getInstance();
+    const auto& atoms  = system.getAtoms();
+    const juce::XWindowSystemUtilities::ScopedXLock lock;
+
+    juce::X11Symbols::getInstance()->xChangeProperty (system.getDisplay(),
+                                                      windowOf (*peer),
+                                                      atoms.XdndActionList,
+                                                      XA_ATOM,
+                                                      32, // bits of an item
+                                                      PropModeReplace,
+                                                      reinterpret_cast<const unsigned char*> (&atoms.XdndActionCopy),
+                                                      1);
+}
 
 void sendX11Message (juce::Component& component, const char* type)
 {
@@ -22,7 +72,7 @@ void sendX11Message (juce::Component& component, const char* type)
 
     XEvent event {};
     event.xclient.type         = ClientMessage;
-    event.xclient.window       = reinterpret_cast<::Window> (peer->getNativeHandle());
+    event.xclient.window       = windowOf (*peer);
     event.xclient.message_type = x11.xInternAtom (display, type, False);
     event.xclient.format       = 32;
     x11.xSendEvent (display, event.xclient.window, False, NoEventMask, &event);
@@ -46,6 +96,10 @@ void deliverHeldX11Events (juce::Component& component)
 
 #else
 
+void ignoreX11ErrorsOfOurConnection()
+{}
+void offerOnlyCopies (juce::Component&)
+{}
 void sendX11Message (juce::Component&, const char*)
 {}
 void deliverHeldX11Events (juce::Component&)

@@ -10,6 +10,22 @@
 namespace pulsewright
 {
 
+/** Makes Xlib drop the errors of JUCE's connection to the display, until JUCE closes the connection.
+
+    A program that takes a drag may end at any time, and JUCE then sends to a window that is gone. Xlib gives
+    such an error to the error handler of the whole process, which in most hosts ends the process. That handler
+    is the host's: it is not touched, and still gets the errors of all other connections. The end of a drag
+    undoes nothing, since a receiver may ask for the data later, and end then.
+*/
+void ignoreX11ErrorsOfOurConnection();
+
+/** Has what is dragged out of a component's window copied.
+
+    JUCE offers to move, copy and link, and then refuses everything but a copy. Many programs choose to move
+    a file where that is offered.
+*/
+void offerOnlyCopies (juce::Component& component);
+
 /** Sends an empty client message to the window that a component is in, as another program would.
     @param type  the name of the message's atom
 */
