@@ -21,6 +21,20 @@
 namespace pulsewright
 {
 
+namespace
+{
+    void dragAlong (MidiDragButton& button, std::initializer_list<juce::Point<float>> way)
+    {
+        const auto mouse = juce::Desktop::getInstance().getMainMouseSource();
+        const auto at    = [&] (juce::Point<float> place)
+        { return juce::MouseEvent (mouse, place, juce::ModifierKeys::leftButtonModifier, 0, 0, 0, 0, 0, &button, &button, {}, {}, {}, 1, true); };
+
+        button.mouseDown (at ({}));
+        for (const auto& place : way)
+            button.mouseDrag (at (place));
+    }
+} // namespace
+
 TEST (MidiDragButton, StartsOneDragSixPixelsAway)
 {
     auto file = juce::File::createTempFile (".mid");
@@ -32,18 +46,16 @@ TEST (MidiDragButton, StartsOneDragSixPixelsAway)
                                return file;
                            });
     button.setSize (100, 40);
-    button.startDrag = [&] (const juce::File& dragged) { log << (dragged == file ? "drag " : "another file "); };
-
-    const auto mouse = juce::Desktop::getInstance().getMainMouseSource();
-    const auto at    = [&] (juce::Point<float> place)
-    { return juce::MouseEvent (mouse, place, juce::ModifierKeys::leftButtonModifier, 0, 0, 0, 0, 0, &button, &button, {}, {}, {}, 1, true); };
+    button.startDrag = [&] (const juce::File& dragged)
+    {
+        log << (dragged == file ? "drag " : "another file ");
+        return true;
+    };
 
     const auto logOf = [&] (std::initializer_list<juce::Point<float>> way)
     {
         log.clear();
-        button.mouseDown (at ({}));
-        for (const auto& place : way)
-            button.mouseDrag (at (place));
+        dragAlong (button, way);
         return log;
     };
 
@@ -93,13 +105,16 @@ TEST (MidiExport, NamesFilesAndWritesThem)
     auto song    = window.processor.getSong();
     window.processor.setMaterial (pattern, song);
 
-    for (const bool isSong : { true, false })
+    for (const auto& [isSong, isStarted] : { std::pair (true, true), { true, false }, { false, true } })
     {
-        const auto file = window.editor->createDragMidiFile (isSong);
+        juce::File file;
+        auto& button     = window.find<MidiDragButton> (isSong ? "Drag full song MIDI" : "Drag pattern MIDI");
+        button.startDrag = [&, begins = isStarted] (const juce::File& dragged) { return file = dragged, begins; };
+        dragAlong (button, { { 60, 0 } });
         EXPECT_EQ (bytesIn (file), isSong ? MidiFileWriter::bytesOf (song, 90) : MidiFileWriter::bytesOf (pattern, 90));
         EXPECT_EQ (file.getFileName(), isSong ? "Pulsewright Song " + juce::String (song.seed) + ".mid" : "Pulsewright Pattern 4294967295.mid");
-        EXPECT_TRUE (
-            window.find<juce::TextButton> (isSong ? "Drag full song MIDI" : "Drag pattern MIDI").getTooltip().endsWith (file.getFullPathName()));
+        EXPECT_TRUE (button.getTooltip().endsWith (file.getFullPathName()));
+        EXPECT_EQ (button.getTooltip().contains ("Drag failed"), ! isStarted) << button.getTooltip();
     }
 }
 

@@ -202,6 +202,9 @@ void PulsewrightAudioProcessorEditor::addButtons()
 
     addControl (patternDragButton, "Drag pattern MIDI");
     addControl (songDragButton, "Drag full song MIDI");
+
+    for (auto* button : { &patternDragButton, &songDragButton })
+        button->onDrag = [this, button] (const juce::File& file, bool isStarted) { reportDrag (*button, file, isStarted); };
 }
 
 void PulsewrightAudioProcessorEditor::addMacros()

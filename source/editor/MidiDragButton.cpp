@@ -18,7 +18,7 @@ MidiDragButton::MidiDragButton (const juce::String& label, std::function<juce::F
 {
     setTooltip ("Drag this button into the DAW arrangement");
 
-    startDrag = [this] (const juce::File& file) { startFileDrag (file, *this); };
+    startDrag = [this] (const juce::File& file) { return startFileDrag (file, *this); };
 }
 
 void MidiDragButton::mouseDown (const juce::MouseEvent& event)
@@ -36,7 +36,7 @@ void MidiDragButton::mouseDrag (const juce::MouseEvent& event)
         const auto file = fileProvider();
 
         if (file != juce::File() && file.existsAsFile())
-            startDrag (file);
+            onDrag (file, startDrag (file));
     }
 
     TextButton::mouseDrag (event);

@@ -21,8 +21,11 @@ public:
     void mouseDown (const juce::MouseEvent& event) override;
     void mouseDrag (const juce::MouseEvent& event) override;
 
-    /** Hands the file to the window system. Replaced in tests. */
-    std::function<void (const juce::File&)> startDrag;
+    /** Hands the file to the window system. @returns whether the drag has begun. Replaced in tests. */
+    std::function<bool (const juce::File&)> startDrag;
+
+    /** Told of each file that was to be dragged, and whether the drag has begun. */
+    std::function<void (const juce::File&, bool isStarted)> onDrag = [] (const juce::File&, bool) {};
 
 private:
     std::function<juce::File()> fileProvider;

@@ -189,17 +189,22 @@ void PulsewrightAudioProcessorEditor::writeExport (const juce::File& file, bool 
 
 juce::File PulsewrightAudioProcessorEditor::createDragMidiFile (bool isSong)
 {
-    auto& button     = isSong ? songDragButton : patternDragButton;
     const auto tempo = processor.getEffectiveBpm();
     std::string error;
     auto file = isSong ? midiExport::fileForDrag (processor.getSong(), tempo, error) : midiExport::fileForDrag (processor.getPattern(), tempo, error);
 
     if (file == juce::File())
-        reportExport (button, "DRAG EXPORT FAILED  " + asText (error), "Drag failed: " + asText (error));
-    else
-        reportExport (button, {}, "Dragged " + file.getFullPathName());
+        reportExport (isSong ? songDragButton : patternDragButton, "DRAG EXPORT FAILED  " + asText (error), "Drag failed: " + asText (error));
 
     return file;
+}
+
+void PulsewrightAudioProcessorEditor::reportDrag (juce::Button& button, const juce::File& file, bool isStarted)
+{
+    // JUCE does not say whether anybody has taken the file in the end.
+    const auto* outcome =
+        isStarted ? "File of the last drag: " : "Drag failed: another program holds the pointer, or the drag before is not over. The file is ";
+    reportExport (button, {}, outcome + file.getFullPathName());
 }
 
 void PulsewrightAudioProcessorEditor::reportExport (juce::Button& button, const juce::String& shown, const juce::String& lasting)

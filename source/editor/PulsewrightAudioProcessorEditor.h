@@ -67,6 +67,7 @@ private:
     void macroChanged (const PercentSlider& slider);
     bool isEchoOfRestore() const noexcept;
     void togglePreview();
+    void reportDrag (juce::Button& button, const juce::File& file, bool isStarted);
     void reportExport (juce::Button& button, const juce::String& shown, const juce::String& lasting);
     void writeExport (const juce::File& file, bool isSong);
 
