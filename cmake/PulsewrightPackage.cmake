@@ -22,6 +22,7 @@ install (DIRECTORY "${lv2_bundle}" DESTINATION lib/lv2)
 
 # The programs.
 install (PROGRAMS "$<TARGET_FILE:Pulsewright_Standalone>" DESTINATION "${CMAKE_INSTALL_BINDIR}" RENAME pulsewright)
+install (TARGETS pulsewright-window RUNTIME DESTINATION lib/pulsewright)
 install (TARGETS pulsewright-cli RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 
 # What shells complete the command line with: the tool prints it.

@@ -9,8 +9,7 @@
 #include "export/MidiFileWriter.h"
 #include "generation/Genre.h"
 
-#include <juce_audio_formats/juce_audio_formats.h>
-
+#include <cstring>
 #include <fstream>
 #include <iterator>
 
@@ -95,6 +94,7 @@ TEST (Cli, OutputsAreWholeOrNotThere)
           "" },
         { "echo x > a; $T pattern --midi /dev/stdout >> a", 0, "", "a 298 \n" },
         { brief + "--json /dev/null --midi /dev/null", 0, "", "" },
+        { brief + "--wav a.flac --json /dev/null; soxi -s a.flac; soxi -b a.flac; rm a.flac", 0, "86400\n24\n", "" },
         { brief + "--wav a.wav; [ \"$(soxi -s a.wav; sox a.wav -n 2>&1)\" = 86400 ] && rm a.wav", 0, "", "" },
 
         // A signal removes what is half done, and ends the tool.
@@ -107,6 +107,9 @@ TEST (Cli, OutputsAreWholeOrNotThere)
 
     for (const auto& script : scripts)
     {
+        if (! PULSEWRIGHT_HAS_WINDOW && script.commands.starts_with ("$T window"))
+            continue;
+
         const auto folder  = scratch();
         const auto outcome = inFolder (folder, script.commands);
         EXPECT_EQ (outcome.exitCode, script.exitCode) << script.commands << ": " << outcome.output;
@@ -128,30 +131,32 @@ TEST (Cli, WavFilesAreWhatTheKitMakesOfTheHits)
                                                     + "' --wav " + quoted (file.string()));
         const auto seconds = static_cast<double> (pattern.bars) * 4 * 0.6 + 1.0;
 
-        juce::AudioBuffer<float> samples (2, static_cast<int> (seconds * 48000));
-        const std::unique_ptr<juce::AudioFormatReader> reader (
-            juce::WavAudioFormat().createReaderFor (new juce::FileInputStream (juce::File (file.string())), true));
-        ASSERT_TRUE (reader != nullptr && reader->sampleRate == 48000.0 && reader->bitsPerSample == 32 && reader->usesFloatingPointData);
-        ASSERT_EQ (reader->lengthInSamples, samples.getNumSamples());
-        reader->read (&samples, 0, samples.getNumSamples(), 0, true, true);
+        constexpr std::size_t headerSize = 58; // sox reads the header above
+        std::ifstream stream (file, std::ios::binary);
+        const std::string bytes (std::istreambuf_iterator<char> (stream), {});
+        std::vector<std::array<float, 2>> frames (static_cast<std::size_t> (seconds * 48000));
+        ASSERT_EQ (bytes.size(), headerSize + frames.size() * sizeof (frames[0]));
+        std::memcpy (frames.data(), bytes.data() + headerSize, frames.size() * sizeof (frames[0]));
 
         plain::DrumKit drums (48000.0);
-        auto hit = pattern.hits.begin();
+        auto hit      = pattern.hits.begin();
+        float loudest = 0.0f;
 
-        for (int i = 0; i < samples.getNumSamples(); ++i)
+        for (std::size_t i = 0; i < frames.size(); ++i)
         {
-            for (; hit != pattern.hits.end() && static_cast<int> (hit->start * 0.6 * 48000.0) == i; ++hit)
+            for (; hit != pattern.hits.end() && static_cast<std::size_t> (hit->start * 0.6 * 48000.0) == i; ++hit)
                 if (kit < 4)
                     drums.start (static_cast<int> (hit->note), static_cast<int> (hit->velocity), kit);
 
             float left = 0.0f, right = 0.0f;
             drums.render (&left, &right, 1);
-            ASSERT_NEAR (samples.getSample (0, i), left, 1e-6f) << name << ", sample " << i;
-            ASSERT_NEAR (samples.getSample (1, i), right, 1e-6f) << name << ", sample " << i;
+            ASSERT_NEAR (frames[i][0], left, 1e-6f) << name << ", sample " << i;
+            ASSERT_NEAR (frames[i][1], right, 1e-6f) << name << ", sample " << i;
+            loudest = std::max (loudest, frames[i][0]);
         }
 
         EXPECT_TRUE (hit == pattern.hits.end());
-        EXPECT_EQ (samples.getMagnitude (0, samples.getNumSamples()) > 0.1f, kit++ < 4);
+        EXPECT_EQ (loudest > 0.1f, kit++ < 4);
     }
 
     fs::remove_all (folder);

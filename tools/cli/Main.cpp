@@ -114,7 +114,7 @@ namespace
         }
 
         if (line.has ("--wav"))
-            writeWav (line.text ("--wav"), onceThrough (material), tempo, line.get<int> ("--kit"));
+            writeSound (line.text ("--wav"), onceThrough (material), tempo, line.get<int> ("--kit"));
 
         if (! line.has ("--json") && ! line.has ("--midi") && ! line.has ("--wav"))
             print (textForPeople (material, tempo, isColourWanted()));

@@ -27,13 +27,13 @@ std::string onOneLine (std::string_view message);
 std::string jsonText (const DrumPattern& pattern);
 std::string jsonText (const SongArrangement& song);
 
-/** Plays the song once through the plug-in's own processor and writes it: 48 kHz, stereo, 32-bit float,
-    as long as the music and exactly one second more. Shows progress on a terminal.
-    @param target  as OutputFile takes it
+/** Plays the song once with the plug-in's own playback and kit, and writes it: 48 kHz, stereo, as long as the music
+    and exactly one second more. Shows progress on a terminal.
+    @param target  as openSoundFile() takes it
     @param kit     0 to 4
     @throws WriteFailure
 */
-void writeWav (const std::string& target, const SongArrangement& song, int tempoBpm, int kit);
+void writeSound (const std::string& target, const SongArrangement& song, int tempoBpm, int kit);
 
 /** What `window` renders. */
 struct WindowPicture
@@ -44,7 +44,7 @@ struct WindowPicture
     std::uint32_t take = 1;
 };
 
-/** Renders the plug-in's own editor, without a display, and writes it as a PNG. @throws WriteFailure */
+/** Has the plug-in's own editor rendered, without a display, and writes it as a PNG. @throws WriteFailure */
 void writeWindowPicture (const std::string& target, const WindowPicture& picture);
 
 } // namespace pulsewright::cli
