@@ -26,7 +26,6 @@ target_sources (Pulsewright PRIVATE
     source/processor/BlockPlayer.h
     source/processor/Parameters.cpp
     source/processor/Parameters.h
-    source/processor/PercentRange.h
     source/processor/PulsewrightAudioProcessor.cpp
     source/processor/PulsewrightAudioProcessor.h
     source/processor/SavedState.cpp

@@ -7,7 +7,6 @@
 
 #include "generation/GrooveGenerator.h"
 #include "generation/SongBuilder.h"
-#include "processor/PercentRange.h"
 
 #include <algorithm>
 #include <array>

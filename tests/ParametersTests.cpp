@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 Tolm
 // SPDX-License-Identifier: AGPL-3.0-only
 
-#include "processor/PercentRange.h"
 #include "processor/PulsewrightAudioProcessor.h"
 
 #include <gtest/gtest.h>

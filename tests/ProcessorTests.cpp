@@ -218,8 +218,8 @@ TEST (Processor, NudgesAreTheReferenceNudgesInsideGestures)
         processor.mutatePattern();
 
         const auto values = ParameterReader (processor.parameters).settingsValues();
-        for (std::size_t i = 0; i < numMacros; ++i)
-            EXPECT_NEAR (values[i], std::round (after[i] * 1000.0) / 1000.0, 1e-6) << settingsParameterIDs[i] << ", seed " << seed;
+        for (std::size_t i = 0; i < after.size(); ++i)
+            EXPECT_NEAR (values[i], std::round (after[i] * 1000.0) / 1000.0, 1e-6) << allSettings[i].id << ", seed " << seed;
 
         EXPECT_EQ (log.text, "[1=1]1[2=2]2[3=3]3[4=4]4[5=5]5[6=6]6[7=7]7[8=8]8!");
     }

@@ -45,10 +45,8 @@ inline GenerationSettings settingsOf (const nlohmann::json& c)
 
     if (const auto values = c.find ("settings"); values != c.end())
     {
-        constexpr std::array names { "density", "energy",   "syncopation", "swing", "variation", "experimental",
-                                     "timing",  "velocity", "kick",        "snare", "hats",      "perc" };
-        std::array<float, names.size()> all {};
-        std::ranges::transform (names, all.begin(), [&] (const char* name) { return values->at (name).get<float>(); });
+        auto all = settings.values();
+        std::ranges::transform (allSettings, all.begin(), [&] (const auto& setting) { return values->value (setting.id, settings.*setting.field); });
         settings.setValues (all);
     }
 

@@ -74,7 +74,7 @@ TEST (SongBuilder, DurationsBecomeBars)
     EXPECT_EQ (SongBuilder::songBars (2147483647, 2147483647), 384);
 
     constexpr std::int32_t dubSeconds[] { 270, 120, 150, 180, 210, 240, 300, 270 }; // the genre's own outside the choices
-    for (std::uint32_t choice = 0; choice <= songDurationCount; ++choice)
+    for (std::uint32_t choice = 0; choice <= songDurations.size(); ++choice)
         EXPECT_EQ (SongBuilder::durationSeconds (Genre::dub, choice), dubSeconds[choice]) << choice;
 
     EXPECT_EQ (SongBuilder::buildSong ({}, 0, 0).totalBars, 80u); // the genre's own length

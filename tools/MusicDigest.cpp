@@ -20,6 +20,7 @@
 #include <iterator>
 #include <locale>
 #include <random>
+#include <span>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -123,10 +124,13 @@ namespace
         GenerationSettings settings (std::uint32_t genre)
         {
             constexpr std::array landmarks { 0.0f, 0.12f, 0.32f, 0.48f, 0.5f, 0.56f, 0.58f, 0.62f, 0.68f, 0.72f, 0.9f, 1.0f };
-            GenerationSettings result;
-            std::array<float, GenerationSettings::numValues> values;
+            // Fixed: a control that came later is drawn for lines of its own, and these lines stay as they are.
+            constexpr std::size_t drawn = 12, firstLane = 8;
 
-            for (auto& value : values)
+            GenerationSettings result;
+            auto values = result.values();
+
+            for (auto& value : std::span (values).first<drawn>())
             {
                 const float landmark = landmarks[below (landmarks.size())];
                 const std::array choices { landmark,
@@ -137,9 +141,9 @@ namespace
             }
 
             // Whole lanes fall silent often enough; a full one is what players mostly have.
-            for (std::size_t lane = 8; lane < values.size(); ++lane)
+            for (auto& value : std::span (values).subspan<firstLane, drawn - firstLane>())
                 if (below (2) == 0)
-                    values[lane] = 1.0f;
+                    value = 1.0f;
 
             result.genre = static_cast<Genre> (genre);
             result.setValues (values);

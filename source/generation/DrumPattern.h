@@ -5,6 +5,7 @@
 
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -71,6 +72,9 @@ float energyOffsetOf (SectionType type) noexcept;
 //==============================================================================
 inline constexpr int beatsPerBar = 4;
 
+/** The choices of a groove's length in bars. There is none of six: the index is what hosts automate and states store. */
+inline constexpr std::array<int, 7> patternLengths { 1, 2, 3, 4, 5, 7, 8 };
+
 /** One drum note. Times are in beats (quarter notes) from the start of the pattern. */
 struct DrumHit
 {
@@ -85,8 +89,8 @@ struct DrumHit
 
 /** A clip of drumming in 4/4.
 
-    Once normalised, the hits lie inside the pattern, are sorted by start, note and velocity, and
-    no note follows itself within 0.02 beat.
+    Once normalised, the hits lie inside the pattern and are sorted by start, note and velocity; of neighbours that have
+    the same note and lie less than 0.02 beat apart, the first one is kept.
 */
 struct DrumPattern
 {

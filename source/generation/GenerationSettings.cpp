@@ -4,36 +4,23 @@
 #include "GenerationSettings.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace pulsewright
 {
 
-namespace
-{
-    using Settings = GenerationSettings;
-
-    // The order in which values are handed over, here and in the parameters' list.
-    constexpr std::array<float Settings::*, Settings::numValues> fields {
-        &Settings::density,         &Settings::energy,           &Settings::syncopation,     &Settings::swing,
-        &Settings::variation,       &Settings::experimental,     &Settings::timing,          &Settings::velocity,
-        &Settings::kickProbability, &Settings::snareProbability, &Settings::hatsProbability, &Settings::percProbability
-    };
-
-    static_assert (fields.back() != nullptr, "numValues counts more values than there are fields");
-} // namespace
-
 void GenerationSettings::setValues (const std::array<float, numValues>& newValues) noexcept
 {
-    for (std::size_t i = 0; i < fields.size(); ++i)
-        this->*fields[i] = std::min (1.0f, std::max (0.0f, newValues[i])); // in this order of arguments a NaN ends at 0
+    for (std::size_t i = 0; i < numValues; ++i)
+        this->*allSettings[i].field = std::min (1.0f, std::max (0.0f, newValues[i])); // in this order of arguments a NaN ends at 0
 }
 
 std::array<float, GenerationSettings::numValues> GenerationSettings::values() const noexcept
 {
     std::array<float, numValues> result {};
 
-    for (std::size_t i = 0; i < fields.size(); ++i)
-        result[i] = this->*fields[i];
+    for (std::size_t i = 0; i < numValues; ++i)
+        result[i] = this->*allSettings[i].field;
 
     return result;
 }
@@ -51,9 +38,15 @@ float GenerationSettings::probabilityOf (DrumLane lane) const noexcept
     return 0.0f;
 }
 
+float snapPercent (float value) noexcept
+{
+    const float snapped = settingInterval * std::floor (value / settingInterval + 0.5f);
+    return ! (snapped > 0.0f) ? 0.0f : snapped >= 1.0f ? 1.0f : snapped;
+}
+
 std::uint32_t saltOf (std::uint32_t seedCounter) noexcept
 {
-    // Not the constant that mixes the seeds: takes and sections shall not fall on one another.
+    // Not the constant that mixes the seeds: a take and a section never share a random stream.
     const std::uint32_t salt = GenerationSettings::defaultSalt - seedCounter * 0x61C8864Fu;
     return salt != 0 ? salt : 1;
 }

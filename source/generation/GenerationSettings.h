@@ -8,6 +8,7 @@
 #include "DrumPattern.h"
 #include "Genre.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 
@@ -53,6 +54,53 @@ struct GenerationSettings
     /** The probability that belongs to a lane, 0 to 1. */
     float probabilityOf (DrumLane lane) const noexcept;
 };
+
+//==============================================================================
+/** One of the player's controls. */
+struct Setting
+{
+    /** Where hosts list its parameter, the choices among them: the order is frozen, and a new one comes last of all. */
+    int listed;
+
+    float GenerationSettings::*field;
+    const char* id;   ///< of the parameter; the command line has '-' for '_'
+    const char* name; ///< as hosts show it
+    bool isMacro;     ///< a style macro, which mutations nudge; else a lane's probability
+    const char* help; ///< what it does
+};
+
+/** All of them, in the order of GenerationSettings::values(). A new one is a row here, last, and a field above: what is
+    drawn and nudged for the others does not change. The defaults are the fields'.
+*/
+// clang-format off
+inline constexpr std::array<Setting, GenerationSettings::numValues> allSettings
+{{
+    {  1, &GenerationSettings::density,          "density",                "Density",                true,  "How many optional hits are played" },
+    {  2, &GenerationSettings::energy,           "energy",                 "Energy",                 true,  "Loudness, and the length of fills" },
+    {  3, &GenerationSettings::syncopation,      "syncopation",            "Syncopation",            true,  "Weight of off-beat kicks and percussion" },
+    {  4, &GenerationSettings::swing,            "swing",                  "Swing",                  true,  "Delay of odd sixteenths" },
+    {  5, &GenerationSettings::variation,        "variation",              "Variation",              true,  "Ghost notes, rolls, change from bar to bar" },
+    {  6, &GenerationSettings::experimental,     "experimental",           "Experimental",           true,  "The wandering toms, which begin at 0.32" },
+    {  7, &GenerationSettings::timing,           "timing",                 "Timing Humanize",        true,  "Humanised timing" },
+    {  8, &GenerationSettings::velocity,         "velocity",               "Velocity Humanize",      true,  "Humanised velocity" },
+    { 14, &GenerationSettings::kickProbability,  "kick_probability",       "Kick Probability",       false, "Scales the chance of every kick" },
+    { 15, &GenerationSettings::snareProbability, "snare_probability",      "Snare Probability",      false, "Scales the chance of every snare" },
+    { 16, &GenerationSettings::hatsProbability,  "hats_probability",       "Hats Probability",       false, "Scales the chance of every hat" },
+    { 17, &GenerationSettings::percProbability,  "percussion_probability", "Percussion Probability", false, "Scales the chance of all percussion" }
+}};
+// clang-format on
+
+static_assert (allSettings.back().field != nullptr, "numValues counts more values than there are rows");
+
+inline constexpr auto numMacros = static_cast<std::size_t> (std::ranges::count_if (allSettings, &Setting::isMacro));
+
+/** The steps that the controls move in. */
+inline constexpr float settingInterval = 0.001f;
+
+/** The value from 0 to 1 that a control takes when it is set to another one. Single precision throughout, as in the
+    parameters' own range, which a tool without JUCE does not have: 0.48f becomes 0.48000002f.
+*/
+float snapPercent (float value) noexcept;
 
 /** The salt of a take: what the plug-in's seed counter means to the generator. Never 0. */
 std::uint32_t saltOf (std::uint32_t seedCounter) noexcept;

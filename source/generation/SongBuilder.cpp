@@ -92,8 +92,6 @@ namespace
         return { structures.front().name, {} };
     }
 
-    constexpr std::array<std::int32_t, songDurationCount> fixedDurations { 0, 120, 150, 180, 210, 240, 300 };
-
     /** The nearest multiple of four bars, halves upwards. */
     std::int32_t barsInGroupsOfFour (double seconds, double tempoBpm) noexcept
     {
@@ -183,10 +181,8 @@ std::int32_t SongBuilder::songBars (std::int32_t seconds, std::int32_t tempoBpm)
 
 std::int32_t SongBuilder::durationSeconds (Genre genre, std::uint32_t durationIndex) noexcept
 {
-    if (durationIndex == 0 || durationIndex >= fixedDurations.size())
-        return profileOf (genre).averageSongSeconds;
-
-    return fixedDurations[durationIndex];
+    const auto seconds = durationIndex < songDurations.size() ? songDurations[durationIndex].seconds : 0;
+    return seconds > 0 ? seconds : profileOf (genre).averageSongSeconds;
 }
 
 std::string_view SongBuilder::structureName (std::uint32_t structure) noexcept

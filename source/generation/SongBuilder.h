@@ -8,6 +8,7 @@
 #include "GenerationSettings.h"
 #include "SongArrangement.h"
 
+#include <array>
 #include <cstdint>
 #include <string_view>
 
@@ -15,7 +16,18 @@ namespace pulsewright
 {
 
 inline constexpr std::uint32_t songStructureCount = 4;
-inline constexpr std::uint32_t songDurationCount  = 7;
+
+/** A choice of how long a song is. */
+struct SongDuration
+{
+    std::string_view name;
+    std::int32_t seconds; ///< 0: the genre's average
+};
+
+/** The index is what hosts automate and states store. There is none of 4:30, and the gap stays. */
+inline constexpr std::array<SongDuration, 7> songDurations {
+    { { "Genre average", 0 }, { "2:00", 120 }, { "2:30", 150 }, { "3:00", 180 }, { "3:30", 210 }, { "4:00", 240 }, { "5:00", 300 } }
+};
 
 /** Builds songs. Pure functions: no state, any thread. Nothing fails; what lies out of range is clamped. */
 struct SongBuilder

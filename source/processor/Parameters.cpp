@@ -3,12 +3,14 @@
 
 #include "Parameters.h"
 
-#include "PercentRange.h"
-
 #include "generation/SongBuilder.h"
 #include "kit/DrumSound.h"
 
 #include <cmath>
+#include <map>
+#include <ranges>
+#include <string>
+#include <vector>
 
 namespace pulsewright
 {
@@ -20,11 +22,11 @@ namespace
     class PercentParameter final : public juce::AudioParameterFloat
     {
     public:
-        PercentParameter (const char* id, const char* displayName, float defaultValue)
-            : AudioParameterFloat (juce::ParameterID { id, 1 },
-                                   displayName,
-                                   juce::NormalisableRange<float> (0.0f, 1.0f, percentInterval, 1.0f),
-                                   defaultValue,
+        explicit PercentParameter (const Setting& setting)
+            : AudioParameterFloat (juce::ParameterID { setting.id, 1 },
+                                   setting.name,
+                                   juce::NormalisableRange<float> (0.0f, 1.0f, settingInterval, 1.0f),
+                                   GenerationSettings().*setting.field,
                                    juce::AudioParameterFloatAttributes()
                                        .withLabel ("%")
                                        .withStringFromValueFunction ([] (float percentage, int) { return percentText (percentage); })
@@ -39,23 +41,52 @@ namespace
         }
     };
 
-    /** @param nameAt  gives the name at an index */
-    template <typename NameAt>
-    juce::StringArray namesOf (std::uint32_t count, NameAt&& nameAt)
+    juce::String textOf (std::string_view text)
+    {
+        return { text.data(), text.size() };
+    }
+
+    /** @param nameOf  gives the name of an item */
+    template <typename NameOf>
+    juce::StringArray namesOf (const auto& items, NameOf&& nameOf)
     {
         juce::StringArray names;
 
-        for (std::uint32_t i = 0; i < count; ++i)
-        {
-            const std::string_view name = nameAt (i);
-            names.add (juce::String (name.data(), name.size()));
-        }
+        for (const auto& item : items)
+            names.add (textOf (nameOf (item)));
 
         return names;
     }
 
-    // There is no length of six bars and no duration of 4:30; the gaps stay, since the index is what is stored.
-    constexpr std::array<int, 7> patternLengths { 1, 2, 3, 4, 5, 7, 8 };
+    struct Choice
+    {
+        int listed; ///< as Setting::listed
+        const char* id;
+        const char* name;
+        juce::StringArray names;
+        int byDefault = 0;
+    };
+
+    std::vector<Choice> allChoices()
+    {
+        const auto genres     = std::views::iota (0u, genreCount);
+        const auto structures = std::views::iota (0u, songStructureCount);
+        const auto barsText   = [] (int bars) { return std::to_string (bars) + (bars == 1 ? " bar" : " bars"); };
+
+        namespace id = parameterID;
+
+        // clang-format off
+        return
+        {
+            {  0, id::genre,         "Genre",          namesOf (genres, [] (auto i) { return nameOf (static_cast<Genre> (i)); }) },
+            {  9, id::playMode,      "Playback",       { "Pattern", "Full Song" } },
+            { 10, id::patternLength, "Pattern Length", namesOf (patternLengths, barsText), 1 },
+            { 11, id::songDuration,  "Song Duration",  namesOf (songDurations, [] (const auto& duration) { return duration.name; }) },
+            { 12, id::songStructure, "Song Structure", namesOf (structures, SongBuilder::structureName) },
+            { 13, id::soundKit,      "Sound Kit",      namesOf (kitNames, [] (auto name) { return name; }) }
+        };
+        // clang-format on
+    }
 
     /** Truncated and clamped to 0..last; a missing parameter and a value that is not a number read as 0. */
     int readIndex (const std::atomic<float>* value, int last) noexcept
@@ -97,40 +128,19 @@ float percentValue (const juce::String& text)
 
 juce::AudioProcessorValueTreeState::ParameterLayout createLayout()
 {
-    namespace id = parameterID;
+    std::map<int, std::unique_ptr<juce::RangedAudioParameter>> inOrder;
+
+    for (const auto& setting : allSettings)
+        inOrder[setting.listed] = std::make_unique<PercentParameter> (setting);
+
+    for (const auto& choice : allChoices())
+        inOrder[choice.listed] =
+            std::make_unique<juce::AudioParameterChoice> (juce::ParameterID { choice.id, 1 }, choice.name, choice.names, choice.byDefault);
 
     juce::AudioProcessorValueTreeState::ParameterLayout layout;
 
-    const auto percent = [&layout] (const char* parameter, const char* name, float defaultValue)
-    { layout.add (std::make_unique<PercentParameter> (parameter, name, defaultValue)); };
-
-    const auto choice = [&layout] (const char* parameter, const char* name, const juce::StringArray& names, int defaultIndex) {
-        layout.add (std::make_unique<juce::AudioParameterChoice> (juce::ParameterID { parameter, 1 }, name, names, defaultIndex));
-    };
-
-    const auto genres     = namesOf (genreCount, [] (std::uint32_t i) { return nameOf (static_cast<Genre> (i)); });
-    const auto structures = namesOf (songStructureCount, SongBuilder::structureName);
-
-    // clang-format off
-    choice  (id::genre,                 "Genre",                  genres, 0);
-    percent (id::density,               "Density",                0.48f);
-    percent (id::energy,                "Energy",                 0.58f);
-    percent (id::syncopation,           "Syncopation",            0.42f);
-    percent (id::swing,                 "Swing",                  0.18f);
-    percent (id::variation,             "Variation",              0.35f);
-    percent (id::experimental,          "Experimental",           0.12f);
-    percent (id::timing,                "Timing Humanize",        0.16f);
-    percent (id::velocity,              "Velocity Humanize",      0.22f);
-    choice  (id::playMode,              "Playback",               { "Pattern", "Full Song" }, 0);
-    choice  (id::patternLength,         "Pattern Length",         { "1 bar", "2 bars", "3 bars", "4 bars", "5 bars", "7 bars", "8 bars" }, 1);
-    choice  (id::songDuration,          "Song Duration",          { "Genre average", "2:00", "2:30", "3:00", "3:30", "4:00", "5:00" }, 0);
-    choice  (id::songStructure,         "Song Structure",         structures, 0);
-    choice  (id::soundKit,              "Sound Kit",              { "Studio", "808", "Dusty", "Electronic", "MIDI Only" }, 0);
-    percent (id::kickProbability,       "Kick Probability",       1.0f);
-    percent (id::snareProbability,      "Snare Probability",      1.0f);
-    percent (id::hatsProbability,       "Hats Probability",       1.0f);
-    percent (id::percussionProbability, "Percussion Probability", 1.0f);
-    // clang-format on
+    for (auto& [listed, parameter] : inOrder)
+        layout.add (std::move (parameter));
 
     return layout;
 }
@@ -145,7 +155,7 @@ ParameterReader::ParameterReader (const juce::AudioProcessorValueTreeState& tree
       soundKitValue (tree.getRawParameterValue (parameterID::soundKit))
 {
     for (std::size_t i = 0; i < settings.size(); ++i)
-        settings[i] = tree.getRawParameterValue (settingsParameterIDs[i]);
+        settings[i] = tree.getRawParameterValue (allSettings[i].id);
 }
 
 Genre ParameterReader::genre() const noexcept
@@ -165,7 +175,7 @@ int ParameterReader::patternBars() const noexcept
 
 std::uint32_t ParameterReader::songDuration() const noexcept
 {
-    return static_cast<std::uint32_t> (readIndex (songDurationValue, static_cast<int> (songDurationCount) - 1));
+    return static_cast<std::uint32_t> (readIndex (songDurationValue, static_cast<int> (songDurations.size()) - 1));
 }
 
 std::uint32_t ParameterReader::songStructure() const noexcept

@@ -19,41 +19,42 @@ namespace pulsewright
 /** The keys by which hosts automate and states are stored. They never change. */
 namespace parameterID
 {
-    inline constexpr const char* genre                 = "genre";
-    inline constexpr const char* density               = "density";
-    inline constexpr const char* energy                = "energy";
-    inline constexpr const char* syncopation           = "syncopation";
-    inline constexpr const char* swing                 = "swing";
-    inline constexpr const char* variation             = "variation";
-    inline constexpr const char* experimental          = "experimental";
-    inline constexpr const char* timing                = "timing";
-    inline constexpr const char* velocity              = "velocity";
-    inline constexpr const char* playMode              = "play_mode";
-    inline constexpr const char* patternLength         = "pattern_length";
-    inline constexpr const char* songDuration          = "song_duration";
-    inline constexpr const char* songStructure         = "song_structure";
-    inline constexpr const char* soundKit              = "sound_kit";
-    inline constexpr const char* kickProbability       = "kick_probability";
-    inline constexpr const char* snareProbability      = "snare_probability";
-    inline constexpr const char* hatsProbability       = "hats_probability";
-    inline constexpr const char* percussionProbability = "percussion_probability";
+    inline constexpr const char* genre         = "genre";
+    inline constexpr const char* playMode      = "play_mode";
+    inline constexpr const char* patternLength = "pattern_length";
+    inline constexpr const char* songDuration  = "song_duration";
+    inline constexpr const char* songStructure = "song_structure";
+    inline constexpr const char* soundKit      = "sound_kit";
+
+    /** That of a control: of (&GenerationSettings::swing). */
+    constexpr const char* of (float GenerationSettings::*field) noexcept
+    {
+        for (const auto& setting : allSettings)
+            if (setting.field == field)
+                return setting.id;
+
+        return nullptr;
+    }
+
+    inline constexpr const char* density               = of (&GenerationSettings::density);
+    inline constexpr const char* energy                = of (&GenerationSettings::energy);
+    inline constexpr const char* syncopation           = of (&GenerationSettings::syncopation);
+    inline constexpr const char* swing                 = of (&GenerationSettings::swing);
+    inline constexpr const char* variation             = of (&GenerationSettings::variation);
+    inline constexpr const char* experimental          = of (&GenerationSettings::experimental);
+    inline constexpr const char* timing                = of (&GenerationSettings::timing);
+    inline constexpr const char* velocity              = of (&GenerationSettings::velocity);
+    inline constexpr const char* kickProbability       = of (&GenerationSettings::kickProbability);
+    inline constexpr const char* snareProbability      = of (&GenerationSettings::snareProbability);
+    inline constexpr const char* hatsProbability       = of (&GenerationSettings::hatsProbability);
+    inline constexpr const char* percussionProbability = of (&GenerationSettings::percProbability);
 } // namespace parameterID
 
-/** The parameters that shape the music, in the order of GenerationSettings::setValues(). */
-inline constexpr std::array<const char*, GenerationSettings::numValues> settingsParameterIDs {
-    parameterID::density,         parameterID::energy,           parameterID::syncopation,     parameterID::swing,
-    parameterID::variation,       parameterID::experimental,     parameterID::timing,          parameterID::velocity,
-    parameterID::kickProbability, parameterID::snareProbability, parameterID::hatsProbability, parameterID::percussionProbability
-};
-
-/** The style macros, which a mutation nudges: the first eight of the list above. */
-inline constexpr std::size_t numMacros = 8;
-
-/** The parameters in the order in which hosts list them. */
+/** The eighteen parameters in the order in which hosts list them. */
 juce::AudioProcessorValueTreeState::ParameterLayout createLayout();
 
-/** The number that a text begins with, as JUCE reads it: 0 where there is none, infinite or not a number where
-    it says so. JUCE adds up an exponent's digits in an int; six of them decide everything.
+/** The number that a text begins with, as JUCE reads it: 0 where there is none, infinite or not a number where it says
+    so. getDoubleValue() overflows an int on long exponents, so only the first six digits are passed on.
 */
 double numberFrom (const juce::String& text);
 

@@ -102,11 +102,11 @@ void PulsewrightAudioProcessor::nudgeMacros (std::uint32_t seed)
 {
     juce::Random random (static_cast<juce::int64> (seed));
 
-    for (std::size_t i = 0; i < numMacros; ++i)
+    for (const auto& setting : allSettings)
     {
-        auto* parameter = parameters.getParameter (settingsParameterIDs[i]);
+        auto* parameter = parameters.getParameter (setting.id);
 
-        if (parameter == nullptr)
+        if (! setting.isMacro || parameter == nullptr)
             continue;
 
         const float current = parameter->convertFrom0to1 (juce::jlimit (0.0f, 1.0f, parameter->getValue()));

@@ -11,7 +11,6 @@
 #include "generation/GenreProfile.h"
 #include "generation/GrooveGenerator.h"
 #include "generation/SongBuilder.h"
-#include "processor/PercentRange.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -36,7 +35,7 @@ namespace
         auto values = settings.values();
 
         for (std::size_t i = 0; i < values.size(); ++i)
-            values[i] = snapPercent (line.get<float> (std::string (settingOption (i))));
+            values[i] = snapPercent (line.get<float> (settingOption (i)));
 
         settings.setValues (values);
         return settings;

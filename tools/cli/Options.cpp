@@ -5,6 +5,7 @@
 
 #include "generation/GenerationSettings.h"
 #include "generation/SongBuilder.h"
+#include "processor/kit/DrumSound.h"
 
 #include <algorithm>
 #include <array>
@@ -52,25 +53,6 @@ namespace
         { window,  "window",  "Renders the plug-in's window, without a display." }
     }};
 
-    /** The options of the twelve settings, in their order. */
-    struct SettingRow { const char* name; const char* help; };
-
-    constexpr std::array<SettingRow, GenerationSettings::numValues> settingRows
-    {{
-        { "--density",                "How many optional hits are played" },
-        { "--energy",                 "Loudness, and the length of fills" },
-        { "--syncopation",            "Weight of off-beat kicks and percussion" },
-        { "--swing",                  "Delay of odd sixteenths" },
-        { "--variation",              "Ghost notes, rolls, change from bar to bar" },
-        { "--experimental",           "The wandering toms, which begin at 0.32" },
-        { "--timing",                 "Humanised timing" },
-        { "--velocity",               "Humanised velocity" },
-        { "--kick-probability",       "Scales the chance of every kick" },
-        { "--snare-probability",      "Scales the chance of every snare" },
-        { "--hats-probability",       "Scales the chance of every hat" },
-        { "--percussion-probability", "Scales the chance of all percussion" }
-    }};
-
     constexpr Whole any32Bits   { 0, std::numeric_limits<std::uint32_t>::max() };
     constexpr Whole patternBars { DrumPattern::minBars, DrumPattern::maxBars };
     constexpr Whole songBars    { SongBuilder::minBars, SongBuilder::maxBars };
@@ -79,12 +61,20 @@ namespace
     constexpr unsigned music    = pattern | song;
     constexpr unsigned anyOne   = music | window;
 
+    /** The genre's average is called by its first word. */
+    std::vector<std::string_view> durationNames()
+    {
+        auto names = namesUpTo (songDurations.size(), [] (auto i) { return songDurations[i].name; });
+        names[0]   = "genre";
+        return names;
+    }
+
     std::vector<Option> musicOptions()
     {
         const NameOrNumber genres     { { namesOf<Genre> (genreCount) } };
         const NameOrNumber sections   { { namesOf<SectionType> (sectionTypeCount) } };
         const NameOrNumber structures { { namesUpTo (songStructureCount, SongBuilder::structureName) } };
-        const Name durations          { { "genre", "2:00", "2:30", "3:00", "3:30", "4:00", "5:00" } };
+        const Name durations          { durationNames() };
         const Names lanes             { { namesOf<DrumLane> (laneCount) } };
 
         return
@@ -106,7 +96,7 @@ namespace
 
     std::vector<Option> outputOptions()
     {
-        const Name kits   { { "Studio", "808", "Dusty", "Electronic", "MIDI Only" } };
+        const Name kits   { { kitNames.begin(), kitNames.end() } };
         const Name shells { { "bash", "zsh", "fish" } };
 
         return
@@ -131,8 +121,8 @@ namespace
         const auto defaults = GenerationSettings().values();
         std::vector<Option> options;
 
-        for (std::size_t i = 0; i < settingRows.size(); ++i)
-            options.push_back ({ music, settingRows[i].name, "X", settingRows[i].help, digitsOf (defaults[i]), Decimal { 0.0, 1.0 } });
+        for (std::size_t i = 0; i < allSettings.size(); ++i)
+            options.push_back ({ music, settingOption (i), "X", allSettings[i].help, digitsOf (defaults[i]), Decimal { 0.0, 1.0 } });
 
         return options;
     }
@@ -225,9 +215,11 @@ std::vector<Option> optionsOf (Command command)
     return options;
 }
 
-std::string_view settingOption (std::size_t index)
+std::string settingOption (std::size_t index)
 {
-    return settingRows[index].name;
+    std::string option = std::string ("--") + allSettings[index].id;
+    std::ranges::replace (option, '_', '-');
+    return option;
 }
 
 std::span<const std::string_view> namesIn (const Values& values)

@@ -93,8 +93,8 @@ struct Option
 /** All options of one command, in the order of the help. */
 std::vector<Option> optionsOf (Command command);
 
-/** The option of one of the twelve settings, in the order of GenerationSettings::values(). */
-std::string_view settingOption (std::size_t index);
+/** The option of one of allSettings. */
+std::string settingOption (std::size_t index);
 
 /** The names that a value may have; none where it is something else. */
 std::span<const std::string_view> namesIn (const Values& values);

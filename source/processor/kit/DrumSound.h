@@ -5,20 +5,18 @@
 
 #pragma once
 
+#include <array>
 #include <cstdint>
+#include <string_view>
 
 namespace pulsewright
 {
 
-/** The synthesised kits. Anything from midiOnly on is silent. */
-enum DrumKit : int
-{
-    studio       = 0,
-    eightOhEight = 1,
-    dusty        = 2,
-    electronic   = 3,
-    midiOnly     = 4
-};
+/** The kits, and last the choice of none. The index is what hosts automate and states store. */
+inline constexpr std::array<std::string_view, 5> kitNames { "Studio", "808", "Dusty", "Electronic", "MIDI Only" };
+
+/** From this index on there is no sound. */
+inline constexpr int midiOnly = static_cast<int> (kitNames.size()) - 1;
 
 /** What a stroke is made of; fixed when the voice starts. Rates are per second, frequencies in hertz. */
 struct DrumSound
