@@ -114,7 +114,7 @@ namespace
         std::uint64_t hash = 0xCBF29CE484222325u;
     };
 
-    /** Settings by lot, the thresholds of the recipes and the values next to them more often than others. */
+    /** Random settings, the thresholds of the recipes and the values next to them more often than others. */
     struct Lots
     {
         std::mt19937 dice;

@@ -38,6 +38,7 @@ namespace
         if (! save (written.getFile(), music, tempoBpm, errorText))
             return {};
 
+        // Not JUCE's, which copies where it cannot rename: a reader could see half a file.
         std::error_code error;
         std::filesystem::rename (written.getFile().getFullPathName().toStdString(), file.getFullPathName().toStdString(), error);
 

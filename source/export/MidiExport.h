@@ -11,7 +11,7 @@
 
 #include <string>
 
-/** Thread: message. All of it touches the disk. */
+/** Thread: message. All of it touches the disk, but withMidiExtension(). */
 namespace pulsewright::midiExport
 {
 

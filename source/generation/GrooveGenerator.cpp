@@ -138,8 +138,8 @@ namespace
             const int stepsPerBar      = playsSixteenths ? 16 : 8;
             const int stepsPerBeat     = stepsPerBar / beatsPerBar;
 
-            const double onBeatChance  = hats.onBeat.in (mood) *hats.onBeatScale;
-            const double offBeatChance = hats.offBeat.in (mood) *hats.offBeatScale;
+            const double onBeatChance  = hats.onBeatScale * hats.onBeat.in (mood);
+            const double offBeatChance = hats.offBeatScale * hats.offBeat.in (mood);
 
             for (int step = 0; step < stepsPerBar; ++step)
             {
@@ -236,7 +236,7 @@ namespace
             const auto& chance = isOddBar() ? candidate.chance.oddBar : candidate.chance.evenBar;
 
             const double laneChance   = static_cast<double> (settings.probabilityOf (candidate.lane));
-            const double probability  = std::clamp (chance.in (mood) *laneChance, 0.0, 1.0);
+            const double probability  = std::clamp (laneChance * chance.in (mood), 0.0, 1.0);
             const double dropDecision = static_cast<double> (dice.unipolar());
 
             if (! (probability > dropDecision))

@@ -59,7 +59,7 @@ juce::AudioProcessorValueTreeState::ParameterLayout createLayout();
 double numberFrom (const juce::String& text);
 
 /** How a percentage is shown and typed everywhere: 0.48 as "48". Halves go to the even integer.
-    Text that is no number is 0.
+    Text without a number is 0.
 */
 juce::String percentText (float value);
 float percentValue (const juce::String& text);

@@ -75,7 +75,7 @@ public:
     bool isSongAsChosen() const;
 
     //==============================================================================
-    // Thread: any. Blocks: never.
+    // Thread: any, but for the preview's start. Blocks: never.
 
     bool isLaneLocked (int lane) const noexcept;
 

@@ -91,7 +91,9 @@ namespace
                 keepLastOfEachAttribute (*child);
     }
 
-    /** A decimal number modulo 2^32, with or without a sign; what is no number is 0. */
+    /** A decimal number modulo 2^32, with or without a sign; 0 where there is none. Not JUCE's reading, which takes no
+        "+" and overflows on the smallest 64-bit number.
+    */
     std::uint32_t counterFrom (const juce::String& text)
     {
         const auto trimmed    = text.trimStart();
@@ -109,7 +111,7 @@ namespace
         return isNegative ? 0u - counter : counter;
     }
 
-    /** A stored value as a number inside the parameter's range; text that is no number counts as 0. */
+    /** A stored value as a number inside the parameter's range; text without a number counts as 0. */
     double safeValue (const juce::String& stored, const juce::NormalisableRange<float>& range)
     {
         const auto value = numberFrom (stored);

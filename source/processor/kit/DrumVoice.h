@@ -26,8 +26,8 @@ public:
 
     bool isActive() const noexcept { return samplesLeft > 0; }
 
-    /** Adds what it plays to both sides, panned; both go on for cellPadding samples past the end. The tables
-        are those that it was started with.
+    /** Adds what it plays to both sides, panned. Both buffers have cellPadding extra samples at their end.
+        @param tables  those that it was started with
     */
     void render (const KitTables& tables, const StrokeKernels& kernels, float* left, float* right, int numSamples) noexcept;
 

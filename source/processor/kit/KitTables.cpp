@@ -46,9 +46,8 @@ double advanced (double time, double step, std::int64_t count) noexcept
         const double grown = twice - once;
         double leaps       = 0.0;
 
-        // Between two powers of two all doubles are equally far apart: every sum grows by the same amount. A
-        // step that ends half way between two of them goes to the even one; two equal steps rule out that
-        // they take turns.
+        // Between two powers of two all doubles are equally far apart: every sum grows by the same amount. Ties
+        // round to even, so steps may alternate; two equal steps exclude that.
         if (time > 0.0 && once - time == grown)
         {
             int exponent = 0;

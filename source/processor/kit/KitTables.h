@@ -15,7 +15,7 @@ namespace pulsewright
 {
 
 /** A stroke's life is cut into cells of this many samples, counted from its own start. An exponential is
-    exact at the start of a cell and follows a table inside: so its values hang on the stroke's age alone,
+    exact at the start of a cell and follows a table inside: so its values depend on the stroke's age alone,
     not on the host's blocks, and no error grows.
 */
 inline constexpr int cellSize = 128;
@@ -31,11 +31,13 @@ struct DecayCurve
     alignas (64) std::array<float, cellSize + cellPadding> powers {}; ///< exp (-rate * k / sampleRate)
 };
 
-/** Thread: any. Blocks: never. Allocates: never. Making one takes thousands of exponentials: not for the audio thread. */
+/** Thread: any; but making one takes thousands of exponentials and is not for the audio thread. Blocks: never.
+    Allocates: never.
+*/
 class KitTables
 {
 public:
-    /** @param sampleRate  in hertz; below 1 counts as 1, as does what is no number */
+    /** @param sampleRate  in hertz; below 1 counts as 1, and so does not-a-number */
     explicit KitTables (double sampleRate);
 
     double secondsPerSample() const noexcept { return sampleInterval; }
@@ -55,8 +57,8 @@ private:
     alignas (64) std::array<double, cellSize + cellPadding> sweep {};
 };
 
-/** What a clock shows that was at `time` and has been moved on by `step`, `count` times in a row, every sum
-    rounded to double: the same bits as the loop, in a few dozen operations. Ages are such sums.
+/** Returns `time` after adding `step` `count` times, rounding to double after each addition: the same bits as the loop,
+    in a few dozen operations. A stroke's age is such a sum.
 */
 double advanced (double time, double step, std::int64_t count) noexcept;
 

@@ -92,7 +92,7 @@ private:
     }
 
     /** The sine of 0 to some 30000 radians, off by at most 2e-7. Branches would look at neighbours in the
-        vector, and the neighbours hang on the host's blocks.
+        vector, and which samples are neighbours depends on the host's blocks.
     */
     static Floats sine (const Floats& x) noexcept
     {
