@@ -26,6 +26,9 @@ string (REGEX REPLACE "plug:([a-z_]+)\n\ta lv2:Parameter ;\n(\trdfs:label (\"[^\
                       "plug:\\1\n\ta lv2:Parameter , lv2:Port ;\n\tlv2:symbol \"\\1\" ;\n\tlv2:name \\3 ;\n\\2" text "${text}")
 file (WRITE "${BUNDLE}/dsp.ttl" "${text}")
 
+# JUCE declares room for some 400 events; a dense block with a controller has more, and what does not fit is lost.
+mend (dsp.ttl "rsz:minimumSize 9488" "rsz:minimumSize 131072")
+
 # The options are an interface, and the window may be resized.
 mend (ui.ttl "\t\tui:noUserResize ,\n\t\tui:resize ;" "\t\tui:resize ;")
 mend (ui.ttl "\t\tui:resize ,\n\t\topts:interface ,\n\t\topts:options ;" "\t\tui:resize ,\n\t\topts:options ;")
