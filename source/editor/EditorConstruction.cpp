@@ -215,16 +215,16 @@ void PulsewrightAudioProcessorEditor::addMacros()
         auto& slider     = macroSliders[i];
 
         addControl (slider, juce::String (info.caption).toLowerCase(), info.parameter);
+        slider.setTooltip (info.help); // before the text box, which copies it when it is made
         slider.setSliderStyle (juce::Slider::RotaryVerticalDrag);
         slider.setTextBoxStyle (juce::Slider::TextBoxBelow, false, slider.getTextBoxWidth(), slider.getTextBoxHeight());
-        slider.setTooltip (info.help);
         addLabel (macroLabels[i], info.caption, 10.0f, juce::Font::bold, palette::mutedTextColour, juce::Justification::centred);
 
         // The attachment brings texts and a double-click value of its own, and reports its first value.
         sliderAttachments[i] = std::make_unique<SliderAttachment> (processor.parameters, info.parameter, slider);
         slider.setDoubleClickReturnValue (true, info.doubleClickValue, juce::ModifierKeys::altModifier);
         slider.showPercentages();
-        slider.onValueChange = [this, &slider] { macroChanged (slider); };
+        slider.onValueChange = [this] { macroChanged(); };
     }
 }
 
@@ -245,10 +245,10 @@ void PulsewrightAudioProcessorEditor::addLanes()
         addControl (lock, juce::String (info.lock).toLowerCase());
 
         addControl (slider, info.title, info.parameter);
+        slider.setTooltip ("Per-instrument generation probability"); // before the text box
         slider.setSliderStyle (juce::Slider::LinearBar);
         slider.setTextBoxStyle (juce::Slider::TextBoxRight, false, slider.getTextBoxWidth(), slider.getTextBoxHeight());
         slider.setColour (juce::Slider::trackColourId, info.colour);
-        slider.setTooltip ("Per-instrument generation probability");
         probabilityAttachments[i] = std::make_unique<SliderAttachment> (processor.parameters, info.parameter, slider);
         slider.showPercentages();
     }

@@ -26,16 +26,7 @@ public:
     /** The right button belongs to the host's menu. */
     void mouseDown (const juce::MouseEvent& event) override;
 
-    /** Whether a change comes from the mouse, the keyboard or the text box, not from the parameter. */
-    bool isMovedByHand() const noexcept { return movedByHand; }
-
     void lookAndFeelChanged() override;
-
-private:
-    void startedDragging() override { movedByHand = true; }
-    void stoppedDragging() override { movedByHand = false; }
-
-    bool movedByHand = false;
 };
 
 } // namespace pulsewright

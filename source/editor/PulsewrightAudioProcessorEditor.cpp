@@ -144,11 +144,10 @@ void PulsewrightAudioProcessorEditor::buildChosenSong()
         processor.buildSong();
 }
 
-void PulsewrightAudioProcessorEditor::macroChanged (const PercentSlider& slider)
+// The echo of a restore regenerates too: what comes out is what was restored, and automation that arrives
+// with it is heard.
+void PulsewrightAudioProcessorEditor::macroChanged()
 {
-    if (isEchoOfRestore() && ! slider.isMovedByHand())
-        return;
-
     lastSliderChangeMs = juce::Time::getMillisecondCounterHiRes();
     regeneratePending  = true;
 }

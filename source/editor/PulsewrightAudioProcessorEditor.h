@@ -64,7 +64,7 @@ private:
     // What controls do.
     void formChosen();
     void buildChosenSong();
-    void macroChanged (const PercentSlider& slider);
+    void macroChanged();
     bool isEchoOfRestore() const noexcept;
     void togglePreview();
     void reportDrag (juce::Button& button, const juce::File& file, bool isStarted);
