@@ -39,6 +39,8 @@ target_sources (Pulsewright PRIVATE
     source/editor/EditorLayout.h
     source/editor/FileDrag.cpp
     source/editor/FileDrag.h
+    source/editor/HostKeyboard.cpp
+    source/editor/HostKeyboard.h
     source/editor/MidiDragButton.cpp
     source/editor/MidiDragButton.h
     source/editor/Palette.h

@@ -102,6 +102,10 @@ PulsewrightAudioProcessorEditor::~PulsewrightAudioProcessorEditor()
 {
     stopTimer();
     juce::Desktop::getInstance().removeFocusChangeListener (this);
+
+    if (listenedWindow != nullptr)
+        listenedWindow->removeKeyListener (this);
+
     setLookAndFeel (nullptr);
 }
 

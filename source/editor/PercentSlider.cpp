@@ -5,6 +5,8 @@
 
 #include "processor/Parameters.h"
 
+#include <algorithm>
+
 namespace pulsewright
 {
 
@@ -40,6 +42,16 @@ bool PercentSlider::keyPressed (const juce::KeyPress& key)
     const ScopedDragNotification gesture (*this);
     setValue (getValue() + (isUp ? shownStep : -shownStep), juce::sendNotificationSync);
     return true;
+}
+
+bool PercentSlider::isBeingTyped() const
+{
+    return std::ranges::any_of (getChildren(),
+                                [] (const auto* child)
+                                {
+                                    const auto* number = dynamic_cast<const juce::Label*> (child);
+                                    return number != nullptr && number->isBeingEdited();
+                                });
 }
 
 void PercentSlider::lookAndFeelChanged()

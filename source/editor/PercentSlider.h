@@ -26,6 +26,9 @@ public:
     /** The right button belongs to the host's menu. */
     void mouseDown (const juce::MouseEvent& event) override;
 
+    /** Whether a number is being typed. */
+    bool isBeingTyped() const;
+
     void lookAndFeelChanged() override;
 };
 

@@ -220,6 +220,7 @@ void PulsewrightAudioProcessorEditor::reportExport (juce::Button& button, const 
 void PulsewrightAudioProcessorEditor::timerCallback()
 {
     deliverHeldX11Events (*this);
+    leaveKeyboard();
 
     const bool hasRested = juce::Time::getMillisecondCounterHiRes() - lastSliderChangeMs >= restBeforeRegenerationMs;
 
@@ -328,6 +329,40 @@ void PulsewrightAudioProcessorEditor::navigateByKeyboard (bool byKeyboard)
     globalFocusChanged (getCurrentlyFocusedComponent());
 }
 
+bool PulsewrightAudioProcessorEditor::isKeyboardWanted() const
+{
+    const auto isOpen = [] (const juce::Component* control)
+    {
+        const auto* box    = dynamic_cast<const juce::ComboBox*> (control);
+        const auto* slider = dynamic_cast<const PercentSlider*> (control);
+        return (box != nullptr && box->isPopupActive()) || (slider != nullptr && slider->isBeingTyped());
+    };
+
+    return isNavigatedByKeyboard || std::ranges::any_of (focusOrder, isOpen);
+}
+
+void PulsewrightAudioProcessorEditor::leaveKeyboard()
+{
+    if (! isKeyboardWanted() && isParentOf (getCurrentlyFocusedComponent()))
+        grabKeyboardFocus(); // no control has it without a frame
+
+    hostKeyboard.update();
+}
+
+void PulsewrightAudioProcessorEditor::parentHierarchyChanged()
+{
+    hostKeyboard.windowChanged();
+
+    if (listenedWindow != nullptr)
+        listenedWindow->removeKeyListener (this);
+
+    // A key that arrives before anything has the focus is for the window around the editor.
+    listenedWindow = getTopLevelComponent() == this ? nullptr : getTopLevelComponent();
+
+    if (listenedWindow != nullptr)
+        listenedWindow->addKeyListener (this);
+}
+
 void PulsewrightAudioProcessorEditor::paintOverChildren (juce::Graphics& g)
 {
     if (! focusOutline.isEmpty())
@@ -345,11 +380,16 @@ bool PulsewrightAudioProcessorEditor::keyPressed (const juce::KeyPress& key)
     {
         navigateByKeyboard (true);
 
-        // The editor holds the keyboard until somebody tabs into its controls.
-        if (focused != this)
-            return false;
+        if (isParentOf (focused))
+            return false; // JUCE goes on to the next control
 
         (key.getModifiers().isShiftDown() ? focusOrder.back() : focusOrder.front())->grabKeyboardFocus();
+        return true;
+    }
+
+    if (key == juce::KeyPress::escapeKey && isNavigatedByKeyboard)
+    {
+        navigateByKeyboard (false);
         return true;
     }
 
@@ -369,6 +409,10 @@ bool PulsewrightAudioProcessorEditor::keyPressed (const juce::KeyPress& key)
 void PulsewrightAudioProcessorEditor::mouseDown (const juce::MouseEvent& event)
 {
     navigateByKeyboard (false);
+
+    // A box's list closes when somebody else gets the keyboard: so it has to have it.
+    if (auto* peer = getPeer(); peer != nullptr && isKeyboardWanted())
+        peer->grabFocus();
 
     if (! event.mods.isPopupMenu() || getHostContext() == nullptr)
         return;

@@ -6,6 +6,7 @@
 #pragma once
 
 #include "EditorLayout.h"
+#include "HostKeyboard.h"
 #include "MidiDragButton.h"
 #include "PatternGrid.h"
 #include "PercentSlider.h"
@@ -20,7 +21,10 @@ namespace pulsewright
 /** Shows what the processor has and asks it for more. It holds no music: it polls the processor's
     change counter and copies what it draws. Thread: message.
 */
-class PulsewrightAudioProcessorEditor final : public juce::AudioProcessorEditor, private juce::FocusChangeListener, private juce::Timer
+class PulsewrightAudioProcessorEditor final : public juce::AudioProcessorEditor,
+                                              private juce::FocusChangeListener,
+                                              private juce::KeyListener,
+                                              private juce::Timer
 {
 public:
     using Theme       = pulsewright::Theme;
@@ -32,6 +36,7 @@ public:
     void resized() override;
     void paint (juce::Graphics& g) override;
     void paintOverChildren (juce::Graphics& g) override;
+    void parentHierarchyChanged() override;
     bool keyPressed (const juce::KeyPress& key) override;
     void mouseDown (const juce::MouseEvent& event) override;
 
@@ -73,7 +78,10 @@ private:
 
     // Where the keyboard is.
     void globalFocusChanged (juce::Component* focused) override;
+    bool keyPressed (const juce::KeyPress& key, juce::Component*) override { return keyPressed (key); } // in the window around the editor
     void navigateByKeyboard (bool byKeyboard);
+    bool isKeyboardWanted() const;
+    void leaveKeyboard();
 
     // What the timer keeps current.
     void timerCallback() override;
@@ -116,6 +124,8 @@ private:
     PulsewrightAudioProcessor::SongForm formSeen; // that a song was built for last, or that the window opened on
 
     std::vector<juce::Component*> focusOrder;
+    SafePointer<juce::Component> listenedWindow;
+    HostKeyboard hostKeyboard { *this, [this] { return isKeyboardWanted(); } };
     bool isNavigatedByKeyboard = false;
     juce::Rectangle<int> focusOutline; // empty where none is drawn
 

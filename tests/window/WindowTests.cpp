@@ -182,6 +182,65 @@ TEST_F (Window, TheKeyboardIsEnough)
     EXPECT_FALSE (isOutlined ("Preview") || isOutlined ("density"));
 }
 
+/** As a plug-in's window is, inside of a window of the host's. */
+TEST_F (Window, TheHostKeepsTheKeyboard)
+{
+    struct Host final : juce::Component
+    {
+        bool keyPressed (const juce::KeyPress& key) override { return keys << key.getTextDescription() << ' ', true; }
+        juce::String keys;
+    } host;
+
+    host.setWantsKeyboardFocus (true);
+    host.setBounds (20, 20, 1200, 900);
+    host.addToDesktop (juce::ComponentPeer::windowHasTitleBar);
+    host.setVisible (true);
+    host.toFront (true);
+    EXPECT_TRUE (comesTrue ([&] { return host.getPeer()->isFocused(); }));
+    runFor (300); // the window manager places it
+    editor->addToDesktop (0, host.getPeer()->getNativeHandle());
+    editor->setTopLeftPosition (0, 0);
+    runFor (100);
+
+    const ParameterReader values (processor.parameters);
+    const auto hostGets = [&] (const char* key)
+    {
+        host.keys.clear();
+        runFor (200);
+        press (key);
+        return host.keys;
+    };
+
+    click ("Generate groove");
+    run ("xdotool mousemove_relative 400 300 click 1"); // the grid
+    EXPECT_EQ (hostGets ("space"), "spacebar ");
+    EXPECT_EQ (processor.getSeedCounter(), 2u);
+
+    // A number and a box's list take the keyboard for as long as they are open.
+    doubleClick ("density", { 0, find ("density").getHeight() / 2 - 10 });
+    run ("xdotool key ctrl+a type 33");
+    press ("Return");
+    EXPECT_FLOAT_EQ (values.settingsValues()[0], 0.33f);
+    EXPECT_EQ (hostGets ("space"), "spacebar ");
+    click ("Style");
+    press ("Down Return");
+    EXPECT_EQ (static_cast<int> (values.genre()), 1);
+    EXPECT_EQ (hostGets ("Tab"), "tab ");
+
+    // Tab goes on from a number; escape, or a click, ends it.
+    for (const bool byKey : { true, false })
+    {
+        doubleClick ("density", { 0, find ("density").getHeight() / 2 - 10 });
+        press ("Tab Up");
+        EXPECT_EQ (juce::Component::getCurrentlyFocusedComponent(), &find ("energy"));
+        byKey ? press ("Escape") : click ("lock kick");
+        EXPECT_EQ (hostGets ("Up"), "cursor up ");
+        EXPECT_NEAR (values.settingsValues()[1], byKey ? 0.59f : 0.60f, 1e-6);
+    }
+
+    editor.reset(); // before the window that it is in
+}
+
 // In a host that leaves errors of X11 to Xlib, as most do: the first one would end this process.
 TEST (BundleWindow, DropsArriveAndNoReceiverHarmsTheHost)
 {
