@@ -38,6 +38,35 @@ namespace
         return options;
     }
 
+    /** Keeps a window's place on the screen; where it does not fit, its title bar. */
+    juce::Point<int> placeOnScreen (juce::Rectangle<int> window)
+    {
+        const auto screen = juce::Desktop::getInstance().getDisplays().getDisplayForRect (window)->userArea;
+        const auto last   = screen.getBottomRight() - juce::Point<int> (window.getWidth(), window.getHeight());
+
+        return { juce::jmax (screen.getX(), juce::jmin (window.getX(), last.x)), juce::jmax (screen.getY(), juce::jmin (window.getY(), last.y)) };
+    }
+
+    /** JUCE's window shows itself while it is being made and changes its size then. When it is painted first, it also
+        sends its bounds to the window manager once more; they may be those of a moment at which the manager was still
+        placing it, so that now and then it ended up in a corner, or shrunk. So it is opened again, once it has its
+        size, and painted before it is shown.
+    */
+    void openAgain (juce::TopLevelWindow& window)
+    {
+        window.removeFromDesktop();
+        window.setTopLeftPosition (placeOnScreen (window.getBounds()));
+        window.addToDesktop();
+
+        if (auto* peer = window.getPeer())
+        {
+            peer->repaint (window.getLocalBounds());
+            peer->performAnyPendingRepaintsNow();
+        }
+
+        window.setVisible (true);
+    }
+
 #if JUCE_LINUX
     // NOLINTNEXTLINE(cert-dcl50-cpp): as the library calls it
     void ignoreAlsaError (const char*, int, const char*, int, const char*, ...)
@@ -79,7 +108,7 @@ public:
             getApplicationName(),
             juce::LookAndFeel::getDefaultLookAndFeel().findColour (juce::ResizableWindow::backgroundColourId),
             std::make_unique<juce::StandalonePluginHolder> (settings.getUserSettings(), false));
-        window->setVisible (true);
+        openAgain (*window);
     }
 
     void shutdown() override
