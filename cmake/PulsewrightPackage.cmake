@@ -96,7 +96,7 @@ set (CPACK_DEBIAN_PACKAGE_SECTION sound)
 set (CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # JUCE opens these when there is a window to draw; nothing is linked to them.
 set (CPACK_DEBIAN_PACKAGE_DEPENDS "libx11-6, libxcursor1, libxext6, libxinerama1, libxrandr2, libxrender1, fonts-dejavu-core | fonts-liberation2 | fonts-noto-core")
-set (CPACK_DEBIAN_PACKAGE_RECOMMENDS "zenity | kdialog")
+set (CPACK_DEBIAN_PACKAGE_RECOMMENDS "zenity | kdialog, libjack-jackd2-0 | libjack-0.125")
 set (CPACK_DEBIAN_PACKAGE_SUGGESTS "ardour")
 
 include (CPack)

@@ -34,6 +34,7 @@ target_sources (Pulsewright PRIVATE
     source/export/MidiExport.h
     source/export/PrivateFolder.cpp
     source/export/PrivateFolder.h
+    source/editor/AsciiCase.h
     source/editor/EditorConstruction.cpp
     source/editor/EditorLayout.cpp
     source/editor/EditorLayout.h
@@ -72,7 +73,7 @@ set_source_files_properties (${pulsewright_sources} PROPERTIES
 
 target_compile_definitions (Pulsewright PUBLIC
     JUCE_DISPLAY_SPLASH_SCREEN=0
-    JUCE_JACK=0
+    JUCE_JACK=1 # opened at run time, by the standalone app alone
     JUCE_MODAL_LOOPS_PERMITTED=1 # tools and tests run the message loop for a while
     JUCE_PLUGINHOST_VST3=1 # for the offline host and the tests
     JUCE_REPORT_APP_USAGE=0

@@ -174,6 +174,13 @@ TEST (Editor, KnobsRegenerateOnceTheyRest)
     runFor (300);
     EXPECT_EQ (window.processor.getChangeCounter(), changes + 1);
 
+    // Nobody has prepared the processor, as without a sound device.
+    auto& preview = window.find<juce::TextButton> ("Preview");
+    preview.onClick();
+    EXPECT_TRUE (preview.getTooltip().endsWith ("no sound device: nothing plays")) << preview.getTooltip();
+    preview.onClick();
+    EXPECT_FALSE (preview.getTooltip().contains ("sound device"));
+
     // A mutation moves the knobs, and so it gives way to the refresh.
     window.find<juce::Button> ("Mutate").onClick();
     EXPECT_EQ (window.processor.getPattern().name, "Boom Bap Verse Mutated");

@@ -3,6 +3,7 @@
 
 // What the window is made of: its controls, their texts, and what each is bound to.
 
+#include "AsciiCase.h"
 #include "Palette.h"
 #include "PulsewrightAudioProcessorEditor.h"
 
@@ -12,6 +13,12 @@ namespace pulsewright
 namespace
 {
     constexpr int timerIntervalMs = 83;
+
+    constexpr const char* buildHelp  = "Builds a new song of the chosen form, as long as the tempo at the top right makes it. Before the host has "
+                                       "played once, and when a project is opened, that is the style's tempo";
+    constexpr const char* tempoHelp  = "The tempo that songs are measured with: the host's once it has played, the style's before";
+    constexpr const char* mutateHelp = "Varies the settings and the pattern. The knobs that it moves then make the last take again, in all lanes";
+    constexpr const char* lockHelp   = "MUTATE varies the other lanes only, until the knobs that it has moved make the last take again";
 
     struct MacroInfo
     {
@@ -133,6 +140,12 @@ void PulsewrightAudioProcessorEditor::addLabels()
     addLabel (subtitleLabel, "GENRE-AWARE DRUM SONG GENERATOR", 11.0f, bold, palette::accentColour);
     addLabel (statusLabel, {}, 11.0f, juce::Font::plain, palette::mutedTextColour, juce::Justification::centredRight);
 
+    // Labels take no clicks, and without them no tooltip.
+    statusLabel.setInterceptsMouseClicks (true, false);
+    statusLabel.addMouseListener (this, false);
+    statusLabel.setMouseClickGrabsKeyboardFocus (false);
+    statusLabel.setTooltip (tempoHelp);
+
     const auto caption = [this] (juce::Label& label, const char* text) { addLabel (label, text, 10.0f, bold, palette::mutedTextColour); };
     caption (styleCaption, "STYLE");
     caption (playbackCaption, "HOST PLAYBACK");
@@ -194,8 +207,8 @@ void PulsewrightAudioProcessorEditor::addButtons()
 
     // clang-format off
     add (generateButton,  "GENERATE GROOVE",       "Generate groove",     "",                                          [this] { processor.generatePattern (SectionType::verse); });
-    add (buildSongButton, "BUILD SONG",            "Build song",          "Builds a new song of the chosen form",      [this] { processor.buildSong(); });
-    add (mutateButton,    "MUTATE",                "Mutate",              "Varies settings and pattern; keeps locked lanes", [this] { processor.mutatePattern(); });
+    add (buildSongButton, "BUILD SONG",            "Build song",          buildHelp,                                      [this] { processor.buildSong(); });
+    add (mutateButton,    "MUTATE",                "Mutate",              mutateHelp,                                   [this] { processor.mutatePattern(); });
     add (newFillButton,   "NEW FILL",              "New fill",            "Generates a fill of the chosen length",     [this] { processor.generatePattern (SectionType::fill); });
     add (previewButton,   "PLAY PREVIEW",          "Preview",             "Plays without the host",                    [this] { togglePreview(); });
     add (saveButton,      "SAVE SELECTED MIDI...", "Save selected MIDI",  "Saves what HOST PLAYBACK selects",          [this] { exportMidi (playModeBox.getSelectedItemIndex() == 1); });
@@ -218,7 +231,7 @@ void PulsewrightAudioProcessorEditor::addMacros()
         const auto& info = macros[i];
         auto& slider     = macroSliders[i];
 
-        addControl (slider, juce::String (info.caption).toLowerCase(), info.parameter);
+        addControl (slider, lowerCased (info.caption), info.parameter);
         slider.setTooltip (info.help); // before the text box, which copies it when it is made
         slider.setSliderStyle (juce::Slider::RotaryVerticalDrag);
         slider.setTextBoxStyle (juce::Slider::TextBoxBelow, false, slider.getTextBoxWidth(), slider.getTextBoxHeight());
@@ -242,11 +255,11 @@ void PulsewrightAudioProcessorEditor::addLanes()
         const auto lane  = static_cast<int> (i);
 
         lock.setButtonText (info.lock);
-        lock.setTooltip ("A mutation keeps a locked lane");
+        lock.setTooltip (lockHelp);
         lock.setClickingTogglesState (true);
         lock.setToggleState (processor.isLaneLocked (lane), juce::dontSendNotification);
         lock.onClick = [this, lane, &lock] { processor.setLaneLocked (lane, lock.getToggleState()); };
-        addControl (lock, juce::String (info.lock).toLowerCase());
+        addControl (lock, lowerCased (info.lock));
 
         addControl (slider, info.title, info.parameter);
         slider.setTooltip ("Per-instrument generation probability"); // before the text box

@@ -3,6 +3,7 @@
 
 #include "PatternGrid.h"
 
+#include "AsciiCase.h"
 #include "Palette.h"
 
 #include <algorithm>
@@ -56,7 +57,7 @@ PatternGrid::PatternGrid()
 void PatternGrid::setPattern (DrumPattern newPattern)
 {
     pattern = std::move (newPattern);
-    setDescription (title() + ", " + counts().toLowerCase());
+    setDescription (title() + ", " + lowerCased (counts()));
     repaint();
 }
 

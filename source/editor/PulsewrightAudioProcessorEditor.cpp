@@ -5,6 +5,7 @@
 
 #include "PulsewrightAudioProcessorEditor.h"
 
+#include "AsciiCase.h"
 #include "Palette.h"
 #include "X11Messages.h"
 
@@ -24,15 +25,6 @@ namespace
         return juce::String::fromUTF8 (text.data(), static_cast<int> (text.size()));
     }
 
-    /** Section labels are ASCII; the locale has no say in their upper case. */
-    juce::String upperCased (std::string text)
-    {
-        for (auto& c : text)
-            if (c >= 'a' && c <= 'z')
-                c = static_cast<char> (c - 'a' + 'A');
-
-        return asText (text);
-    }
 } // namespace
 
 juce::AudioProcessorEditor* PulsewrightAudioProcessor::createEditor()
@@ -163,6 +155,9 @@ void PulsewrightAudioProcessorEditor::togglePreview()
         processor.stopPreview();
     else
         processor.startPreview();
+
+    const bool isSilent = processor.isPreviewPlaying() && processor.getSampleRate() <= 0.0;
+    report (previewButton, {}, isSilent ? "There is no sound device: nothing plays" : "");
 }
 
 //==============================================================================
@@ -181,9 +176,9 @@ void PulsewrightAudioProcessorEditor::writeExport (const juce::File& file, bool 
         isSong ? midiExport::save (file, processor.getSong(), tempo, error) : midiExport::save (file, processor.getPattern(), tempo, error);
 
     if (isSaved)
-        reportExport (saveButton, "SAVED  " + file.getFileName(), "Saved " + file.getFullPathName());
+        report (saveButton, "SAVED  " + file.getFileName(), "Saved " + file.getFullPathName());
     else
-        reportExport (saveButton, "EXPORT FAILED  " + asText (error), file.getFullPathName() + ": " + asText (error));
+        report (saveButton, "EXPORT FAILED  " + asText (error), file.getFullPathName() + ": " + asText (error));
 }
 
 juce::File PulsewrightAudioProcessorEditor::createDragMidiFile (bool isSong)
@@ -193,7 +188,7 @@ juce::File PulsewrightAudioProcessorEditor::createDragMidiFile (bool isSong)
     auto file = isSong ? midiExport::fileForDrag (processor.getSong(), tempo, error) : midiExport::fileForDrag (processor.getPattern(), tempo, error);
 
     if (file == juce::File())
-        reportExport (isSong ? songDragButton : patternDragButton, "DRAG EXPORT FAILED  " + asText (error), "Drag failed: " + asText (error));
+        report (isSong ? songDragButton : patternDragButton, "DRAG EXPORT FAILED  " + asText (error), "Drag failed: " + asText (error));
 
     return file;
 }
@@ -203,16 +198,16 @@ void PulsewrightAudioProcessorEditor::reportDrag (juce::Button& button, const ju
     // JUCE does not say whether anybody has taken the file in the end.
     const auto* outcome =
         isStarted ? "File of the last drag: " : "Drag failed: another program holds the pointer, or the drag before is not over. The file is ";
-    reportExport (button, {}, outcome + file.getFullPathName());
+    report (button, {}, outcome + file.getFullPathName());
 }
 
-void PulsewrightAudioProcessorEditor::reportExport (juce::Button& button, const juce::String& shown, const juce::String& lasting)
+void PulsewrightAudioProcessorEditor::report (juce::Button& button, const juce::String& shown, const juce::String& lasting)
 {
     if (shown.isNotEmpty())
         statusLabel.setText (shown, juce::dontSendNotification);
 
     // The timer soon overwrites the status line; the button keeps the word.
-    button.setTooltip (button.getTooltip().upToFirstOccurrenceOf ("\n", false, false) + "\n" + lasting);
+    button.setTooltip ((button.getTooltip().upToFirstOccurrenceOf ("\n", false, false) + "\n" + lasting).trimEnd());
     button.setDescription (lasting);
 }
 
@@ -264,7 +259,7 @@ void PulsewrightAudioProcessorEditor::refreshSongView()
 
         if (i < song.sections.size())
         {
-            const auto name = upperCased (song.sections[i].name);
+            const auto name = upperCased (asText (song.sections[i].name));
             sectionButtons[i].setButtonText (name);
             sectionButtons[i].setTitle ("Section " + name);
         }

@@ -73,7 +73,7 @@ private:
     bool isEchoOfRestore() const noexcept;
     void togglePreview();
     void reportDrag (juce::Button& button, const juce::File& file, bool isStarted);
-    void reportExport (juce::Button& button, const juce::String& shown, const juce::String& lasting);
+    void report (juce::Button& button, const juce::String& shown, const juce::String& lasting);
     void writeExport (const juce::File& file, bool isSong);
 
     // Where the keyboard is.

@@ -71,10 +71,28 @@ namespace
     // NOLINTNEXTLINE(cert-dcl50-cpp): as the library calls it
     void ignoreAlsaError (const char*, int, const char*, int, const char*, ...)
     {}
+
+    void ignoreJackMessage (const char*)
+    {}
+
+    /** A machine without a sound card or a JACK server is told so once, not line by line by their libraries.
+        JUCE opens JACK's by this name when it is there, and this keeps it open.
+    */
+    void silenceSoundLibraries()
+    {
+        snd_lib_error_set_handler (ignoreAlsaError);
+
+        static juce::DynamicLibrary jack ("libjack.so.0");
+        using SetHandler = void (*) (void (*) (const char*));
+
+        for (const auto* name : { "jack_set_error_function", "jack_set_info_function" })
+            if (auto* set = reinterpret_cast<SetHandler> (jack.getFunction (name)))
+                set (ignoreJackMessage);
+    }
 #endif
 } // namespace
 
-class StandaloneApp final : public juce::JUCEApplication
+class StandaloneApp final : public juce::JUCEApplication, private juce::ChangeListener
 {
 public:
     StandaloneApp() { settings.setStorageParameters (settingsFile()); }
@@ -100,8 +118,7 @@ public:
             return leave (stderr, "pulsewright: There is no display to open a window on.\n", 1);
 
 #if JUCE_LINUX
-        // A machine without a sound card is told so in the window, not line by line in the shell.
-        snd_lib_error_set_handler (ignoreAlsaError);
+        silenceSoundLibraries();
 #endif
 
         window = std::make_unique<juce::StandaloneFilterWindow> (
@@ -109,10 +126,19 @@ public:
             juce::LookAndFeel::getDefaultLookAndFeel().findColour (juce::ResizableWindow::backgroundColourId),
             std::make_unique<juce::StandalonePluginHolder> (settings.getUserSettings(), false));
         openAgain (*window);
+
+        window->getDeviceManager().addChangeListener (this);
+        nameWindow();
+
+        if (! hasSoundDevice())
+            std::fputs ("pulsewright: There is no sound device: nothing plays. Options, Audio/MIDI Settings chooses one.\n", stderr);
     }
 
     void shutdown() override
     {
+        if (window != nullptr)
+            window->getDeviceManager().removeChangeListener (this);
+
         window.reset();
         settings.saveIfNeeded();
     }
@@ -135,6 +161,19 @@ public:
     }
 
 private:
+    void changeListenerCallback (juce::ChangeBroadcaster*) override
+    {
+        nameWindow();
+    }
+    bool hasSoundDevice() const
+    {
+        return window->getDeviceManager().getCurrentAudioDevice() != nullptr;
+    }
+    void nameWindow()
+    {
+        window->setName (getApplicationName() + (hasSoundDevice() ? "" : ": no sound device"));
+    }
+
     void leave (std::FILE* stream, const char* text, int status)
     {
         std::fputs (text, stream);
