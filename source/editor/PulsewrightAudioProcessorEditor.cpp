@@ -333,7 +333,8 @@ bool PulsewrightAudioProcessorEditor::isKeyboardWanted() const
         return (box != nullptr && box->isPopupActive()) || (slider != nullptr && slider->isBeingTyped());
     };
 
-    return isNavigatedByKeyboard || std::ranges::any_of (focusOrder, isOpen);
+    // JUCE's own dialogs open inside the window.
+    return isNavigatedByKeyboard || isParentOf (getCurrentlyModalComponent()) || std::ranges::any_of (focusOrder, isOpen);
 }
 
 void PulsewrightAudioProcessorEditor::leaveKeyboard()

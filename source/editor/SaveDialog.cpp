@@ -14,6 +14,57 @@ namespace
 
     // No one reads a dialog and cancels it faster; a program that cannot start is gone by then.
     constexpr double shortestDialogMs = 500.0;
+
+    bool runs (const juce::String& command)
+    {
+        constexpr int longestMs = 3000;
+
+        juce::ChildProcess program;
+        return program.start (command) && program.waitForProcessToFinish (longestMs) && program.getExitCode() == 0;
+    }
+
+    /** Whether the program that JUCE will start can be started: one whose libraries do not fit takes any time to fail,
+        and JUCE does not tell its failure from a dialog that was cancelled.
+    */
+    bool isPlatformDialogUsable()
+    {
+#if JUCE_LINUX || JUCE_BSD
+        const bool isKde    = juce::SystemStats::getEnvironmentVariable ("KDE_FULL_SESSION", {}).equalsIgnoreCase ("true");
+        const bool isZenity = runs ("which zenity") && ! (isKde && runs ("which kdialog"));
+
+        return runs (isZenity ? "zenity --version" : "kdialog --version");
+#else
+        return juce::FileChooser::isPlatformDialogAvailable();
+#endif
+    }
+
+    juce::TextEditor* findNameField (juce::Component& component)
+    {
+        for (auto* child : component.getChildren())
+        {
+            auto* field = dynamic_cast<juce::TextEditor*> (child);
+
+            if (field == nullptr)
+                field = findNameField (*child);
+
+            if (field != nullptr)
+                return field;
+        }
+
+        return nullptr;
+    }
+
+    /** Gives the keyboard to a field as soon as its window can have it. */
+    void focusOnce (const juce::Component::SafePointer<juce::Component>& field)
+    {
+        constexpr int retryMs = 50;
+
+        if (field == nullptr || field->hasKeyboardFocus (true))
+            return;
+
+        field->grabKeyboardFocus();
+        juce::Timer::callAfterDelay (retryMs, [field] { focusOnce (field); });
+    }
 } // namespace
 
 void SaveDialog::ask (const juce::File& newSuggestion, juce::Component& newWindow, std::function<void (const juce::File&)> newChosen)
@@ -26,7 +77,7 @@ void SaveDialog::ask (const juce::File& newSuggestion, juce::Component& newWindo
 
 void SaveDialog::open (bool platformsOwn)
 {
-    const auto isPlatforms = platformsOwn && juce::FileChooser::isPlatformDialogAvailable();
+    const auto isPlatforms = platformsOwn && isPlatformDialogUsable();
 
     // JUCE changes the process's working directory to start the dialog's program: it is the host's.
     const auto workingDirectory = juce::File::getCurrentWorkingDirectory();
@@ -40,6 +91,10 @@ void SaveDialog::open (bool platformsOwn)
                               if (self != nullptr)
                                   self->finished (c.getResult(), isPlatforms);
                           });
+
+    // JUCE's dialog opens with the keyboard on the folder.
+    if (auto* dialog = juce::Component::getCurrentlyModalComponent(); dialog != nullptr && ! isPlatforms)
+        focusOnce (findNameField (*dialog));
 
     openedAtMs = juce::Time::getMillisecondCounterHiRes(); // looking for the program took its time
     workingDirectory.setAsCurrentWorkingDirectory();
