@@ -37,10 +37,10 @@ TEST (EditorLayout, FollowsTheArithmetic)
     const std::vector<std::pair<Bounds, Bounds>> expected {
         { initial.brand,              { 20, 32, 58, 28 } },    { initial.title,             { 88, 20, 220, 52 } },
         { initial.subtitle,           { 308, 28, 270, 36 } },  { initial.status,            { 578, 20, 522, 52 } },
-        { initial.style.caption,      { 36, 103, 218, 15 } },  { initial.style.control,     { 36, 118, 218, 28 } },
-        { initial.kit.control,        { 36, 163, 218, 25 } },  { initial.playback.control,  { 36, 206, 218, 26 } },
-        { initial.length.control,     { 36, 249, 218, 25 } },  { initial.structure.control, { 36, 291, 218, 25 } },
-        { initial.duration.control,   { 36, 333, 218, 25 } },  { initial.generateButton,    { 36, 361, 106, 31 } },
+        { initial.boxes[EditorLayout::style].caption,      { 36, 103, 218, 15 } },  { initial.boxes[EditorLayout::style].control,     { 36, 118, 218, 28 } },
+        { initial.boxes[EditorLayout::kit].control,        { 36, 163, 218, 25 } },  { initial.boxes[EditorLayout::playback].control,  { 36, 206, 218, 26 } },
+        { initial.boxes[EditorLayout::length].control,     { 36, 249, 218, 25 } },  { initial.boxes[EditorLayout::structure].control, { 36, 291, 218, 25 } },
+        { initial.boxes[EditorLayout::duration].control,   { 36, 333, 218, 25 } },  { initial.generateButton,    { 36, 361, 106, 31 } },
         { initial.buildSongButton,    { 147, 361, 107, 31 } }, { initial.previewButton,     { 36, 396, 218, 30 } },
         { initial.macros[0].caption,  { 296, 99, 99, 24 } },   { initial.macros[0].control, { 298, 123, 95, 318 } },
         { initial.macros[7].caption,  { 989, 99, 101, 24 } },  { initial.macros[7].control, { 991, 123, 97, 318 } },
@@ -72,7 +72,7 @@ TEST (Editor, PutsItsChildrenThere)
     {
         window.editor->setSize (width, height);
         const EditorLayout layout (width, height, 8);
-        EXPECT_EQ (window.find ("Style").getBounds(), layout.style.control);
+        EXPECT_EQ (window.find ("Style").getBounds(), layout.boxes[EditorLayout::style].control);
         EXPECT_EQ (window.find ("velocity").getBounds(), layout.macros[7].control);
         EXPECT_EQ (window.find ("Percussion probability").getBounds(), layout.lanes[3].control);
         EXPECT_EQ (window.find ("Section OUTRO").getBounds(), layout.sections[7]);
@@ -152,8 +152,8 @@ TEST (Editor, ChoicesBuildSongsAndOpeningChangesNothing)
     set (processor, parameterID::songStructure, 2.0f);
     runFor (50);
     EXPECT_EQ (processor.getSong().sections.size(), 6u);
-    for (const auto* id : { parameterID::playMode, parameterID::patternLength, parameterID::soundKit, parameterID::kickProbability })
-        set (processor, id, id == parameterID::kickProbability ? 0.5f : 1.0f);
+    for (const auto* id : { parameterID::playMode, parameterID::patternLength, parameterID::soundKit, "kick_probability" })
+        set (processor, id, id == std::string_view ("kick_probability") ? 0.5f : 1.0f);
     runFor (350);
     EXPECT_EQ (processor.getSeedCounter(), 2u);
     EXPECT_EQ (processor.getChangeCounter(), changes + 1);
@@ -227,11 +227,11 @@ TEST (Editor, ARestoreIsNoOnesChoice)
 
         // So is automation that follows at once.
         restore (window.processor, state);
-        set (window.processor, parameterID::density, 0.9f);
+        set (window.processor, "density", 0.9f);
         runFor (500);
         PulsewrightAudioProcessor automated;
         restore (automated, state);
-        set (automated, parameterID::density, 0.9f);
+        set (automated, "density", 0.9f);
         automated.regeneratePattern();
         EXPECT_EQ (window.processor.getSong(), automated.getSong());
     }

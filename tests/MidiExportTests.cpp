@@ -154,7 +154,7 @@ TEST (MidiExport, DragsThroughNobodyElsesFolder)
             continue;
         }
 
-        const auto file = window.editor->createDragMidiFile (false);
+        const auto file = window.editor->createDragMidiFile (PulsewrightAudioProcessorEditor::Export::pattern);
         EXPECT_EQ (file != juce::File() && file.existsAsFile(), isDragged) << what;
         EXPECT_EQ (window.find<juce::TextButton> ("Drag pattern MIDI").getTooltip().contains ("Could not open"), ! isDragged) << what;
         EXPECT_EQ (precious.getNumberOfChildFiles (juce::File::findFiles), 0) << what;

@@ -79,13 +79,13 @@ TEST (Parameters, PercentagesAreShownAndTypedAsWholeNumbers)
 TEST (Parameters, SettingsWithoutATreeLandOnTheSameSteps)
 {
     PulsewrightAudioProcessor processor;
-    auto* parameter = processor.parameters.getParameter (parameterID::swing);
+    auto* parameter = processor.parameters.getParameter ("swing");
 
     for (int i = -100; i <= 10100; ++i)
     {
         const auto value = static_cast<float> (i) / 10000.0f;
         parameter->setValueNotifyingHost (parameter->convertTo0to1 (value));
-        ASSERT_EQ (processor.parameters.getRawParameterValue (parameterID::swing)->load(), snapPercent (value)) << value;
+        ASSERT_EQ (processor.parameters.getRawParameterValue ("swing")->load(), snapPercent (value)) << value;
     }
 }
 

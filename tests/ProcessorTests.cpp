@@ -157,7 +157,7 @@ TEST (Processor, OperationsTakeTheirSaltsFromTheCounter)
 
     // A refresh keeps take, type and length, whatever length is chosen now.
     set (processor, parameterID::patternLength, 0.0f);
-    set (processor, parameterID::density, 0.9f);
+    set (processor, "density", 0.9f);
     processor.regeneratePattern();
     EXPECT_EQ (processor.getPattern(), GrooveGenerator::generate (settingsOf (processor, saltOf (2)), SectionType::verse, 7, 0));
     EXPECT_EQ (processor.getSong(), SongBuilder::buildSong (settingsOf (processor, saltOf (2)), 124, 2));

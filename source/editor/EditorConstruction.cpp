@@ -20,41 +20,89 @@ namespace
     constexpr const char* mutateHelp = "Varies the settings and the pattern. The knobs that it moves then make the last take again, in all lanes";
     constexpr const char* lockHelp   = "MUTATE varies the other lanes only, until the knobs that it has moved make the last take again";
 
-    struct MacroInfo
+    //==============================================================================
+    /** What a box shows of its parameter's choices. */
+    using Texts = juce::StringArray (*) (const juce::StringArray& names);
+
+    juce::StringArray asTheyAre (const juce::StringArray& names)
+    {
+        return names;
+    }
+
+    juce::StringArray inCapitals (const juce::StringArray& names)
+    {
+        juce::StringArray texts;
+        for (const auto& name : names)
+            texts.add (upperCased (name));
+        return texts;
+    }
+
+    juce::StringArray asKits (const juce::StringArray& names)
+    {
+        auto texts = inCapitals (names);
+        for (int kit = 0; kit < midiOnly; ++kit)
+            texts.getReference (kit) += " KIT";
+        return texts;
+    }
+
+    juce::StringArray asPlayback (const juce::StringArray&)
+    {
+        return { "PATTERN LOOP", "FULL SONG" };
+    }
+
+    struct ChoiceInfo
     {
         const char* caption;
         const char* parameter;
-        double doubleClickValue;
+        const char* title;
+        Texts texts;
         const char* help;
     };
 
     // clang-format off
-    constexpr std::array<MacroInfo, EditorLayout::numMacros> macros
+    constexpr std::array<ChoiceInfo, EditorLayout::numBoxes> choiceRows // as EditorLayout::Box has them
     {{
-        { "DENSITY",     parameterID::density,      0.48, "How many optional hits are played" },
-        { "ENERGY",      parameterID::energy,       0.25, "Loudness, and the length of fills" },
-        { "SYNCOPATION", parameterID::syncopation,  0.25, "Weight of off-beat kicks and percussion" },
-        { "SWING",       parameterID::swing,        0.25, "Delay of odd sixteenths" },
-        { "VARIATION",   parameterID::variation,    0.25, "Ghost notes, rolls and change from bar to bar" },
-        { "EXPERIMENT",  parameterID::experimental, 0.25, "Wandering toms, from 32 on" },
-        { "TIMING",      parameterID::timing,       0.25, "Humanised timing" },
-        { "VELOCITY",    parameterID::velocity,     0.25, "Humanised velocity" }
+        { "STYLE",          parameterID::genre,         "Style",          asTheyAre,  "The genre's recipe; builds a song" },
+        { "AUDITION SOUND", parameterID::soundKit,      "Audition sound", asKits,     "The built-in kit, or none" },
+        { "HOST PLAYBACK",  parameterID::playMode,      "Host playback",  asPlayback, "What plays in time with the host, and what is saved" },
+        { "PATTERN LENGTH", parameterID::patternLength, "Pattern length", inCapitals, "Length of the next groove or fill" },
+        { "SONG STRUCTURE", parameterID::songStructure, "Song structure", inCapitals, "Form of the song; builds it" },
+        { "SONG DURATION",  parameterID::songDuration,  "Song duration",  inCapitals, "Length of the song; builds it" }
+    }};
+
+    struct KnobInfo
+    {
+        const char* caption;
+        float GenerationSettings::* setting;
+        double doubleClickValue;
+    };
+
+    constexpr std::array<KnobInfo, EditorLayout::numMacros> knobRows
+    {{
+        { "DENSITY",     &GenerationSettings::density,      0.48 },
+        { "ENERGY",      &GenerationSettings::energy,       0.25 },
+        { "SYNCOPATION", &GenerationSettings::syncopation,  0.25 },
+        { "SWING",       &GenerationSettings::swing,        0.25 },
+        { "VARIATION",   &GenerationSettings::variation,    0.25 },
+        { "EXPERIMENT",  &GenerationSettings::experimental, 0.25 },
+        { "TIMING",      &GenerationSettings::timing,       0.25 },
+        { "VELOCITY",    &GenerationSettings::velocity,     0.25 }
     }};
 
     struct LaneInfo
     {
         const char* lock;
         const char* title;
-        const char* parameter;
+        float GenerationSettings::* setting;
         juce::Colour colour;
     };
 
-    const std::array<LaneInfo, EditorLayout::numLanes> lanes
+    const std::array<LaneInfo, EditorLayout::numLanes> laneRows
     {{
-        { "LOCK KICK",  "Kick probability",       parameterID::kickProbability,       palette::accentColour },
-        { "LOCK SNARE", "Snare probability",      parameterID::snareProbability,      palette::accentColour },
-        { "LOCK HATS",  "Hats probability",       parameterID::hatsProbability,       palette::secondaryAccentColour },
-        { "LOCK PERC",  "Percussion probability", parameterID::percussionProbability, palette::secondaryAccentColour }
+        { "LOCK KICK",  "Kick probability",       &GenerationSettings::kickProbability,  palette::accentColour },
+        { "LOCK SNARE", "Snare probability",      &GenerationSettings::snareProbability, palette::accentColour },
+        { "LOCK HATS",  "Hats probability",       &GenerationSettings::hatsProbability,  palette::secondaryAccentColour },
+        { "LOCK PERC",  "Percussion probability", &GenerationSettings::percProbability,  palette::secondaryAccentColour }
     }};
 
     // Shown until the first refresh, and on where a song has no sections at all.
@@ -72,8 +120,8 @@ namespace
 PulsewrightAudioProcessorEditor::PulsewrightAudioProcessorEditor (PulsewrightAudioProcessor& owner)
     : AudioProcessorEditor (owner),
       processor (owner),
-      patternDragButton ("DRAG PATTERN MIDI", [this] { return createDragMidiFile (false); }),
-      songDragButton ("DRAG FULL SONG MIDI", [this] { return createDragMidiFile (true); })
+      patternDragButton ("DRAG PATTERN MIDI", [this] { return createDragMidiFile (Export::pattern); }),
+      songDragButton ("DRAG FULL SONG MIDI", [this] { return createDragMidiFile (Export::song); })
 {
     setLookAndFeel (&theme);
     setOpaque (true);
@@ -87,12 +135,7 @@ PulsewrightAudioProcessorEditor::PulsewrightAudioProcessorEditor (PulsewrightAud
     restoresAtLastTick = restoresSettled = processor.getRestoreCount();
 
     addLabels();
-    addBoxes();
-    addButtons();
-    addMacros();
-    addLanes();
-    addSections();
-    arrangeFocus();
+    addControls();
     tooltips.setOpaque (false);      // its corners are round
     addAndMakeVisible (patternGrid); // last, above the others
 
@@ -145,14 +188,31 @@ void PulsewrightAudioProcessorEditor::addLabels()
     statusLabel.addMouseListener (this, false);
     statusLabel.setMouseClickGrabsKeyboardFocus (false);
     statusLabel.setTooltip (tempoHelp);
+}
 
-    const auto caption = [this] (juce::Label& label, const char* text) { addLabel (label, text, 10.0f, bold, palette::mutedTextColour); };
-    caption (styleCaption, "STYLE");
-    caption (playbackCaption, "HOST PLAYBACK");
-    caption (lengthCaption, "PATTERN LENGTH");
-    caption (durationCaption, "SONG DURATION");
-    caption (structureCaption, "SONG STRUCTURE");
-    caption (kitCaption, "AUDITION SOUND");
+/** In the order in which tab walks through them. */
+void PulsewrightAudioProcessorEditor::addControls()
+{
+    // clang-format off
+    addChoices();
+    addButton (generateButton,  "GENERATE GROOVE",       "Generate groove",    "",                                      [this] { processor.generatePattern (SectionType::verse); });
+    addButton (buildSongButton, "BUILD SONG",            "Build song",         buildHelp,                               [this] { processor.buildSong(); });
+    addButton (previewButton,   "PLAY PREVIEW",          "Preview",            "Plays without the host",                [this] { togglePreview(); });
+    addKnobs();
+    addLanes();
+    addButton (mutateButton,    "MUTATE",                "Mutate",             mutateHelp,                              [this] { processor.mutatePattern(); });
+    addButton (newFillButton,   "NEW FILL",              "New fill",           "Generates a fill of the chosen length", [this] { processor.generatePattern (SectionType::fill); });
+    addSections();
+    addButton (saveButton,      "SAVE SELECTED MIDI...", "Save selected MIDI", "Saves what HOST PLAYBACK selects",      [this] { exportMidi (selectedExport()); });
+    addControl (patternDragButton, "Drag pattern MIDI");
+    addControl (songDragButton, "Drag full song MIDI");
+    // clang-format on
+
+    generateButton.setColour (juce::TextButton::buttonColourId, palette::generateButtonColour);
+    buildSongButton.setColour (juce::TextButton::buttonColourId, palette::buildSongButtonColour);
+
+    for (auto* button : { &patternDragButton, &songDragButton })
+        button->onDrag = [this, button] (const juce::File& file, bool isStarted) { reportDrag (*button, file, isStarted); };
 }
 
 void PulsewrightAudioProcessorEditor::addControl (juce::Component& control, const juce::String& title, const char* boundParameter)
@@ -165,80 +225,55 @@ void PulsewrightAudioProcessorEditor::addControl (juce::Component& control, cons
     if (boundParameter != nullptr)
         control.getProperties().set ("parameter", boundParameter);
 
+    focusOrder.push_back (&control);
+    control.setExplicitFocusOrder (static_cast<int> (focusOrder.size()));
     addAndMakeVisible (control);
 }
 
-void PulsewrightAudioProcessorEditor::addBoxes()
+void PulsewrightAudioProcessorEditor::addButton (
+    juce::TextButton& button, const char* text, const char* title, const char* help, std::function<void()> action)
 {
-    const auto genreNames = processor.parameters.getParameter (parameterID::genre)->getAllValueStrings();
-    std::size_t index     = 0;
+    button.setButtonText (text);
+    button.setTooltip (help);
+    button.onClick = std::move (action);
+    addControl (button, title);
+}
 
-    const auto add = [&] (juce::ComboBox& box, const char* parameter, const char* title, const juce::StringArray& items, const char* help)
+void PulsewrightAudioProcessorEditor::addChoices()
+{
+    for (std::size_t i = 0; i < choices.size(); ++i)
     {
-        box.addItemList (items, 1);
-        box.setTooltip (help);
-        addControl (box, title, parameter);
-        comboAttachments[index++] = std::make_unique<ComboAttachment> (processor.parameters, parameter, box);
-    };
+        const auto& info                 = choiceRows[i];
+        auto& [caption, box, attachment] = choices[i];
 
-    // clang-format off
-    add (genreBox,         parameterID::genre,         "Style",           genreNames, "The genre's recipe; builds a song");
-    add (playModeBox,      parameterID::playMode,      "Host playback",   { "PATTERN LOOP", "FULL SONG" }, "What plays in time with the host, and what is saved");
-    add (patternLengthBox, parameterID::patternLength, "Pattern length",  { "1 BAR", "2 BARS", "3 BARS", "4 BARS", "5 BARS", "7 BARS", "8 BARS" }, "Length of the next groove or fill");
-    add (songDurationBox,  parameterID::songDuration,  "Song duration",   { "GENRE AVERAGE", "2:00", "2:30", "3:00", "3:30", "4:00", "5:00" }, "Length of the song; builds it");
-    add (songStructureBox, parameterID::songStructure, "Song structure",  { "CLASSIC", "VERSE / CHORUS", "CLUB", "MINIMAL" }, "Form of the song; builds it");
-    add (soundKitBox,      parameterID::soundKit,      "Audition sound",  { "STUDIO KIT", "808 KIT", "DUSTY KIT", "ELECTRONIC KIT", "MIDI ONLY" }, "The built-in kit, or none");
-    // clang-format on
+        addLabel (caption, info.caption, 10.0f, juce::Font::bold, palette::mutedTextColour);
+        box.addItemList (info.texts (processor.parameters.getParameter (info.parameter)->getAllValueStrings()), 1);
+        box.setTooltip (info.help);
+        addControl (box, info.title, info.parameter);
+        attachment = std::make_unique<ComboAttachment> (processor.parameters, info.parameter, box);
+    }
 
     // After the attachments, which call these when they are made.
-    for (auto* box : { &genreBox, &songDurationBox, &songStructureBox })
-        box->onChange = [this] { formChosen(); };
+    for (const auto row : { EditorLayout::style, EditorLayout::duration, EditorLayout::structure })
+        choices[row].box.onChange = [this] { formChosen(); };
 }
 
-void PulsewrightAudioProcessorEditor::addButtons()
+void PulsewrightAudioProcessorEditor::addKnobs()
 {
-    const auto add = [this] (juce::TextButton& button, const char* text, const char* title, const char* help, std::function<void()> action)
+    for (std::size_t i = 0; i < knobs.size(); ++i)
     {
-        button.setButtonText (text);
-        button.setTooltip (help);
-        button.onClick = std::move (action);
-        addControl (button, title);
-    };
+        const auto& info                    = knobRows[i];
+        const auto& setting                 = settingOf (info.setting);
+        auto& [caption, slider, attachment] = knobs[i];
 
-    // clang-format off
-    add (generateButton,  "GENERATE GROOVE",       "Generate groove",     "",                                          [this] { processor.generatePattern (SectionType::verse); });
-    add (buildSongButton, "BUILD SONG",            "Build song",          buildHelp,                                      [this] { processor.buildSong(); });
-    add (mutateButton,    "MUTATE",                "Mutate",              mutateHelp,                                   [this] { processor.mutatePattern(); });
-    add (newFillButton,   "NEW FILL",              "New fill",            "Generates a fill of the chosen length",     [this] { processor.generatePattern (SectionType::fill); });
-    add (previewButton,   "PLAY PREVIEW",          "Preview",             "Plays without the host",                    [this] { togglePreview(); });
-    add (saveButton,      "SAVE SELECTED MIDI...", "Save selected MIDI",  "Saves what HOST PLAYBACK selects",          [this] { exportMidi (playModeBox.getSelectedItemIndex() == 1); });
-    // clang-format on
-
-    generateButton.setColour (juce::TextButton::buttonColourId, palette::generateButtonColour);
-    buildSongButton.setColour (juce::TextButton::buttonColourId, palette::buildSongButtonColour);
-
-    addControl (patternDragButton, "Drag pattern MIDI");
-    addControl (songDragButton, "Drag full song MIDI");
-
-    for (auto* button : { &patternDragButton, &songDragButton })
-        button->onDrag = [this, button] (const juce::File& file, bool isStarted) { reportDrag (*button, file, isStarted); };
-}
-
-void PulsewrightAudioProcessorEditor::addMacros()
-{
-    for (std::size_t i = 0; i < macros.size(); ++i)
-    {
-        const auto& info = macros[i];
-        auto& slider     = macroSliders[i];
-
-        addControl (slider, lowerCased (info.caption), info.parameter);
-        slider.setTooltip (info.help); // before the text box, which copies it when it is made
+        addControl (slider, lowerCased (info.caption), setting.id);
+        slider.setTooltip (setting.help); // before the text box, which copies it when it is made
         slider.setSliderStyle (juce::Slider::RotaryVerticalDrag);
         slider.setTextBoxStyle (juce::Slider::TextBoxBelow, false, slider.getTextBoxWidth(), slider.getTextBoxHeight());
-        addLabel (macroLabels[i], info.caption, 10.0f, juce::Font::bold, palette::mutedTextColour, juce::Justification::centred);
+        addLabel (caption, info.caption, 10.0f, juce::Font::bold, palette::mutedTextColour, juce::Justification::centred);
 
         // The attachment brings texts and a double-click value of its own, and reports its first value.
-        sliderAttachments[i] = std::make_unique<SliderAttachment> (processor.parameters, info.parameter, slider);
+        attachment = std::make_unique<SliderAttachment> (processor.parameters, setting.id, slider);
         slider.setDoubleClickReturnValue (true, info.doubleClickValue, juce::ModifierKeys::altModifier);
         slider.showPercentages();
         slider.onValueChange = [this] { macroChanged(); };
@@ -249,25 +284,25 @@ void PulsewrightAudioProcessorEditor::addLanes()
 {
     for (std::size_t i = 0; i < lanes.size(); ++i)
     {
-        const auto& info = lanes[i];
-        auto& lock       = lockButtons[i];
-        auto& slider     = probabilitySliders[i];
-        const auto lane  = static_cast<int> (i);
+        const auto& info                      = laneRows[i];
+        const auto* parameter                 = settingOf (info.setting).id;
+        auto& [lock, probability, attachment] = lanes[i];
+        const auto lane                       = static_cast<int> (i);
 
         lock.setButtonText (info.lock);
         lock.setTooltip (lockHelp);
         lock.setClickingTogglesState (true);
         lock.setToggleState (processor.isLaneLocked (lane), juce::dontSendNotification);
-        lock.onClick = [this, lane, &lock] { processor.setLaneLocked (lane, lock.getToggleState()); };
+        lock.onClick = [this, lane] { processor.setLaneLocked (lane, lanes[static_cast<std::size_t> (lane)].lock.getToggleState()); };
         addControl (lock, lowerCased (info.lock));
 
-        addControl (slider, info.title, info.parameter);
-        slider.setTooltip ("Per-instrument generation probability"); // before the text box
-        slider.setSliderStyle (juce::Slider::LinearBar);
-        slider.setTextBoxStyle (juce::Slider::TextBoxRight, false, slider.getTextBoxWidth(), slider.getTextBoxHeight());
-        slider.setColour (juce::Slider::trackColourId, info.colour);
-        probabilityAttachments[i] = std::make_unique<SliderAttachment> (processor.parameters, info.parameter, slider);
-        slider.showPercentages();
+        addControl (probability, info.title, parameter);
+        probability.setTooltip ("Per-instrument generation probability"); // before the text box
+        probability.setSliderStyle (juce::Slider::LinearBar);
+        probability.setTextBoxStyle (juce::Slider::TextBoxRight, false, probability.getTextBoxWidth(), probability.getTextBoxHeight());
+        probability.setColour (juce::Slider::trackColourId, info.colour);
+        attachment = std::make_unique<SliderAttachment> (processor.parameters, parameter, probability);
+        probability.showPercentages();
     }
 }
 
@@ -283,28 +318,6 @@ void PulsewrightAudioProcessorEditor::addSections()
         button.onClick = [this, i] { processor.selectSection (static_cast<int> (i)); };
         addControl (button, "Section " + juce::String (sectionTexts[i]));
     }
-}
-
-void PulsewrightAudioProcessorEditor::arrangeFocus()
-{
-    focusOrder = { &genreBox,        &soundKitBox,    &playModeBox,     &patternLengthBox, &songStructureBox,
-                   &songDurationBox, &generateButton, &buildSongButton, &previewButton };
-
-    for (auto& slider : macroSliders)
-        focusOrder.push_back (&slider);
-
-    for (std::size_t i = 0; i < lockButtons.size(); ++i)
-        focusOrder.insert (focusOrder.end(), { &lockButtons[i], &probabilitySliders[i] });
-
-    focusOrder.insert (focusOrder.end(), { &mutateButton, &newFillButton });
-
-    for (auto& button : sectionButtons)
-        focusOrder.push_back (&button);
-
-    focusOrder.insert (focusOrder.end(), { &saveButton, &patternDragButton, &songDragButton });
-
-    for (std::size_t i = 0; i < focusOrder.size(); ++i)
-        focusOrder[i]->setExplicitFocusOrder (static_cast<int> (i) + 1);
 }
 
 } // namespace pulsewright

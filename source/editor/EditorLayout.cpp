@@ -64,12 +64,12 @@ void EditorLayout::placeHeader (Bounds area)
 
 void EditorLayout::placeForm (Bounds area)
 {
-    style     = captioned (area, 15, 28, 3);
-    kit       = captioned (area, 14, 25, 3);
-    playback  = captioned (area, 15, 26, 3);
-    length    = captioned (area, 14, 25, 3);
-    structure = captioned (area, 14, 25, 3);
-    duration  = captioned (area, 14, 25, 3);
+    boxes[style]     = captioned (area, 15, 28, 3);
+    boxes[kit]       = captioned (area, 14, 25, 3);
+    boxes[playback]  = captioned (area, 15, 26, 3);
+    boxes[length]    = captioned (area, 14, 25, 3);
+    boxes[structure] = captioned (area, 14, 25, 3);
+    boxes[duration]  = captioned (area, 14, 25, 3);
 
     auto generation = area.removeFromTop (31);
     generateButton  = generation.removeFromLeft (juce::jmax (0, generation.getWidth() - 5) / 2);

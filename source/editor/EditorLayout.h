@@ -25,7 +25,19 @@ struct EditorLayout
     static constexpr int margin = 20, headerHeight = 52, headerGap = 18;
     static constexpr int panelHeight = 360, formPanelWidth = 250, panelGap = 16;
 
-    static constexpr std::size_t numBoxes = 6, numMacros = 8, numLanes = 4, numSections = 8;
+    /** The boxes down the left column. */
+    enum Box : std::size_t
+    {
+        style,
+        kit,
+        playback,
+        length,
+        structure,
+        duration,
+        numBoxes
+    };
+
+    static constexpr std::size_t numMacros = 8, numLanes = 4, numSections = 8;
 
     using Bounds = juce::Rectangle<int>;
 
@@ -39,7 +51,7 @@ struct EditorLayout
 
     Bounds brand, title, subtitle, status;
 
-    Captioned style, kit, playback, length, structure, duration; // down the left column
+    std::array<Captioned, numBoxes> boxes;
     Bounds generateButton, buildSongButton, previewButton;
 
     std::array<Captioned, numMacros> macros;

@@ -24,7 +24,6 @@ namespace
     {
         return juce::String::fromUTF8 (text.data(), static_cast<int> (text.size()));
     }
-
 } // namespace
 
 juce::AudioProcessorEditor* PulsewrightAudioProcessor::createEditor()
@@ -48,22 +47,18 @@ void PulsewrightAudioProcessorEditor::resized()
         control.setBounds (bounds.control);
     };
 
-    place (styleCaption, genreBox, layout.style);
-    place (kitCaption, soundKitBox, layout.kit);
-    place (playbackCaption, playModeBox, layout.playback);
-    place (lengthCaption, patternLengthBox, layout.length);
-    place (structureCaption, songStructureBox, layout.structure);
-    place (durationCaption, songDurationBox, layout.duration);
+    for (std::size_t i = 0; i < choices.size(); ++i)
+        place (choices[i].caption, choices[i].box, layout.boxes[i]);
 
     generateButton.setBounds (layout.generateButton);
     buildSongButton.setBounds (layout.buildSongButton);
     previewButton.setBounds (layout.previewButton);
 
-    for (std::size_t i = 0; i < macroSliders.size(); ++i)
-        place (macroLabels[i], macroSliders[i], layout.macros[i]);
+    for (std::size_t i = 0; i < knobs.size(); ++i)
+        place (knobs[i].caption, knobs[i].slider, layout.macros[i]);
 
-    for (std::size_t i = 0; i < lockButtons.size(); ++i)
-        place (lockButtons[i], probabilitySliders[i], layout.lanes[i]);
+    for (std::size_t i = 0; i < lanes.size(); ++i)
+        place (lanes[i].lock, lanes[i].probability, layout.lanes[i]);
 
     mutateButton.setBounds (layout.mutateButton);
     newFillButton.setBounds (layout.newFillButton);
@@ -131,7 +126,7 @@ void PulsewrightAudioProcessorEditor::buildChosenSong()
 
     formSeen = form;
 
-    // A box also speaks up when a restore has moved it; then the song of that form is there already.
+    // A restore changes the boxes too; then the song of that form is there already.
     if (! (isEchoOfRestore() && processor.isSongAsChosen()))
         processor.buildSong();
 }
@@ -161,34 +156,44 @@ void PulsewrightAudioProcessorEditor::togglePreview()
 }
 
 //==============================================================================
-void PulsewrightAudioProcessorEditor::exportMidi (bool isSong)
+std::variant<DrumPattern, SongArrangement> PulsewrightAudioProcessorEditor::musicOf (Export what) const
 {
-    saveDialog.ask (isSong ? midiExport::suggestedSongFile() : midiExport::suggestedPatternFile(),
-                    *this,
-                    [this, isSong] (const juce::File& file) { writeExport (file, isSong); });
+    if (what == Export::song)
+        return processor.getSong();
+
+    return processor.getPattern();
 }
 
-void PulsewrightAudioProcessorEditor::writeExport (const juce::File& file, bool isSong)
+PulsewrightAudioProcessorEditor::Export PulsewrightAudioProcessorEditor::selectedExport() const
 {
-    const auto tempo = processor.getEffectiveBpm();
-    std::string error;
-    const bool isSaved =
-        isSong ? midiExport::save (file, processor.getSong(), tempo, error) : midiExport::save (file, processor.getPattern(), tempo, error);
+    return choices[EditorLayout::playback].box.getSelectedItemIndex() == 1 ? Export::song : Export::pattern;
+}
 
-    if (isSaved)
+void PulsewrightAudioProcessorEditor::exportMidi (Export what)
+{
+    const auto suggestion = what == Export::song ? midiExport::suggestedSongFile() : midiExport::suggestedPatternFile();
+    saveDialog.ask (suggestion, *this, [this, what] (const juce::File& file) { writeExport (file, what); });
+}
+
+void PulsewrightAudioProcessorEditor::writeExport (const juce::File& file, Export what)
+{
+    std::string error;
+    const auto save = [&] (const auto& music) { return midiExport::save (file, music, processor.getEffectiveBpm(), error); };
+
+    if (std::visit (save, musicOf (what)))
         report (saveButton, "SAVED  " + file.getFileName(), "Saved " + file.getFullPathName());
     else
         report (saveButton, "EXPORT FAILED  " + asText (error), file.getFullPathName() + ": " + asText (error));
 }
 
-juce::File PulsewrightAudioProcessorEditor::createDragMidiFile (bool isSong)
+juce::File PulsewrightAudioProcessorEditor::createDragMidiFile (Export what)
 {
-    const auto tempo = processor.getEffectiveBpm();
     std::string error;
-    auto file = isSong ? midiExport::fileForDrag (processor.getSong(), tempo, error) : midiExport::fileForDrag (processor.getPattern(), tempo, error);
+    const auto write = [&] (const auto& music) { return midiExport::fileForDrag (music, processor.getEffectiveBpm(), error); };
+    const auto file  = std::visit (write, musicOf (what));
 
     if (file == juce::File())
-        report (isSong ? songDragButton : patternDragButton, "DRAG EXPORT FAILED  " + asText (error), "Drag failed: " + asText (error));
+        report (what == Export::song ? songDragButton : patternDragButton, "DRAG EXPORT FAILED  " + asText (error), "Drag failed: " + asText (error));
 
     return file;
 }
@@ -265,8 +270,8 @@ void PulsewrightAudioProcessorEditor::refreshSongView()
         }
     }
 
-    for (std::size_t lane = 0; lane < lockButtons.size(); ++lane)
-        lockButtons[lane].setToggleState (processor.isLaneLocked (static_cast<int> (lane)), juce::dontSendNotification);
+    for (std::size_t lane = 0; lane < lanes.size(); ++lane)
+        lanes[lane].lock.setToggleState (processor.isLaneLocked (static_cast<int> (lane)), juce::dontSendNotification);
 
     refreshBuildSongText();
     resized();
@@ -281,15 +286,17 @@ void PulsewrightAudioProcessorEditor::refreshDurationLabel()
 
     constexpr int firstItem = 1;
 
-    if (songDurationBox.getItemText (0) == text)
+    auto& box = choices[EditorLayout::duration].box;
+
+    if (box.getItemText (0) == text)
         return;
 
     // A box whose selected item gets another text forgets its selection and goes on showing the old one.
-    const bool isSelected = songDurationBox.getSelectedId() == firstItem;
-    songDurationBox.changeItemText (firstItem, text);
+    const bool isSelected = box.getSelectedId() == firstItem;
+    box.changeItemText (firstItem, text);
 
     if (isSelected)
-        songDurationBox.setSelectedId (firstItem, juce::dontSendNotification);
+        box.setSelectedId (firstItem, juce::dontSendNotification);
 }
 
 void PulsewrightAudioProcessorEditor::refreshBuildSongText()

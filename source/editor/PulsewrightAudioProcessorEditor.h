@@ -15,6 +15,8 @@
 
 #include "processor/PulsewrightAudioProcessor.h"
 
+#include <variant>
+
 namespace pulsewright
 {
 
@@ -40,15 +42,45 @@ public:
     bool keyPressed (const juce::KeyPress& key) override;
     void mouseDown (const juce::MouseEvent& event) override;
 
-    /** Asks where to save the song or the current pattern, and saves it. */
-    void exportMidi (bool isSong);
+    /** What leaves the window as a file. */
+    enum class Export
+    {
+        pattern,
+        song
+    };
+
+    /** Asks where to save it, and saves it. */
+    void exportMidi (Export what);
 
     /** Writes the file for a drag. @returns no file when it could not be written; the status says why */
-    juce::File createDragMidiFile (bool isSong);
+    juce::File createDragMidiFile (Export what);
 
 private:
     using ComboAttachment  = juce::AudioProcessorValueTreeState::ComboBoxAttachment;
     using SliderAttachment = juce::AudioProcessorValueTreeState::SliderAttachment;
+
+    // Rows of the window. The attachments are declared last, so that they go first.
+
+    struct ChoiceRow
+    {
+        juce::Label caption;
+        juce::ComboBox box;
+        std::unique_ptr<ComboAttachment> attachment;
+    };
+
+    struct Knob
+    {
+        juce::Label caption;
+        PercentSlider slider;
+        std::unique_ptr<SliderAttachment> attachment;
+    };
+
+    struct LaneStrip
+    {
+        juce::ToggleButton lock;
+        PercentSlider probability;
+        std::unique_ptr<SliderAttachment> attachment;
+    };
 
     // Construction.
     void addLabel (juce::Label& label,
@@ -58,12 +90,12 @@ private:
                    juce::Colour colour,
                    juce::Justification justification = juce::Justification::centredLeft);
     void addLabels();
-    void addBoxes();
-    void addButtons();
-    void addMacros();
+    void addControls();
+    void addChoices();
+    void addKnobs();
     void addLanes();
     void addSections();
-    void arrangeFocus();
+    void addButton (juce::TextButton& button, const char* text, const char* title, const char* help, std::function<void()> action);
     void addControl (juce::Component& control, const juce::String& title, const char* boundParameter = nullptr);
 
     // What controls do.
@@ -74,7 +106,9 @@ private:
     void togglePreview();
     void reportDrag (juce::Button& button, const juce::File& file, bool isStarted);
     void report (juce::Button& button, const juce::String& shown, const juce::String& lasting);
-    void writeExport (const juce::File& file, bool isSong);
+    void writeExport (const juce::File& file, Export what);
+    std::variant<DrumPattern, SongArrangement> musicOf (Export what) const;
+    Export selectedExport() const;
 
     // Where the keyboard is.
     void globalFocusChanged (juce::Component* focused) override;
@@ -94,21 +128,13 @@ private:
     Theme theme;
 
     juce::Label brandLabel, titleLabel, subtitleLabel, statusLabel;
-    juce::Label styleCaption, playbackCaption, lengthCaption, durationCaption, structureCaption, kitCaption;
-    juce::ComboBox genreBox, playModeBox, patternLengthBox, songDurationBox, songStructureBox, soundKitBox;
+    std::array<ChoiceRow, EditorLayout::numBoxes> choices;
     juce::TextButton generateButton, buildSongButton, mutateButton, newFillButton, previewButton, saveButton;
     MidiDragButton patternDragButton, songDragButton;
-    std::array<PercentSlider, EditorLayout::numMacros> macroSliders;
-    std::array<juce::Label, EditorLayout::numMacros> macroLabels;
-    std::array<juce::ToggleButton, EditorLayout::numLanes> lockButtons;
-    std::array<PercentSlider, EditorLayout::numLanes> probabilitySliders;
+    std::array<Knob, EditorLayout::numMacros> knobs;
+    std::array<LaneStrip, EditorLayout::numLanes> lanes;
     std::array<juce::TextButton, EditorLayout::numSections> sectionButtons;
     PatternGrid patternGrid;
-
-    // Declared after what they bind, so that they go first.
-    std::array<std::unique_ptr<ComboAttachment>, EditorLayout::numBoxes> comboAttachments;
-    std::array<std::unique_ptr<SliderAttachment>, EditorLayout::numMacros> sliderAttachments;
-    std::array<std::unique_ptr<SliderAttachment>, EditorLayout::numLanes> probabilityAttachments;
 
     juce::TooltipWindow tooltips { this };
     SaveDialog saveDialog;
@@ -123,7 +149,7 @@ private:
 
     PulsewrightAudioProcessor::SongForm formSeen; // that a song was built for last, or that the window opened on
 
-    std::vector<juce::Component*> focusOrder;
+    std::vector<juce::Component*> focusOrder; // in which the controls were added
     SafePointer<juce::Component> listenedWindow;
     HostKeyboard hostKeyboard { *this, [this] { return isKeyboardWanted(); } };
     bool isNavigatedByKeyboard = false;

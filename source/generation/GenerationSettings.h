@@ -80,7 +80,7 @@ inline constexpr std::array<Setting, GenerationSettings::numValues> allSettings
     {  3, &GenerationSettings::syncopation,      "syncopation",            "Syncopation",            true,  "Weight of off-beat kicks and percussion" },
     {  4, &GenerationSettings::swing,            "swing",                  "Swing",                  true,  "Delay of odd sixteenths" },
     {  5, &GenerationSettings::variation,        "variation",              "Variation",              true,  "Ghost notes, rolls, change from bar to bar" },
-    {  6, &GenerationSettings::experimental,     "experimental",           "Experimental",           true,  "The wandering toms, which begin at 0.32" },
+    {  6, &GenerationSettings::experimental,     "experimental",           "Experimental",           true,  "The wandering toms, from 32 % on" },
     {  7, &GenerationSettings::timing,           "timing",                 "Timing Humanize",        true,  "Humanised timing" },
     {  8, &GenerationSettings::velocity,         "velocity",               "Velocity Humanize",      true,  "Humanised velocity" },
     { 14, &GenerationSettings::kickProbability,  "kick_probability",       "Kick Probability",       false, "Scales the chance of every kick" },
@@ -91,6 +91,12 @@ inline constexpr std::array<Setting, GenerationSettings::numValues> allSettings
 // clang-format on
 
 static_assert (allSettings.back().field != nullptr, "numValues counts more values than there are rows");
+
+/** The row of a field. */
+constexpr const Setting& settingOf (float GenerationSettings::*field) noexcept
+{
+    return *std::ranges::find (allSettings, field, &Setting::field);
+}
 
 inline constexpr auto numMacros = static_cast<std::size_t> (std::ranges::count_if (allSettings, &Setting::isMacro));
 

@@ -16,7 +16,7 @@
 namespace pulsewright
 {
 
-/** The keys by which hosts automate and states are stored. They never change. */
+/** The keys by which hosts automate and states are stored; those of the controls are in allSettings. They never change. */
 namespace parameterID
 {
     inline constexpr const char* genre         = "genre";
@@ -25,29 +25,6 @@ namespace parameterID
     inline constexpr const char* songDuration  = "song_duration";
     inline constexpr const char* songStructure = "song_structure";
     inline constexpr const char* soundKit      = "sound_kit";
-
-    /** That of a control: of (&GenerationSettings::swing). */
-    constexpr const char* of (float GenerationSettings::*field) noexcept
-    {
-        for (const auto& setting : allSettings)
-            if (setting.field == field)
-                return setting.id;
-
-        return nullptr;
-    }
-
-    inline constexpr const char* density               = of (&GenerationSettings::density);
-    inline constexpr const char* energy                = of (&GenerationSettings::energy);
-    inline constexpr const char* syncopation           = of (&GenerationSettings::syncopation);
-    inline constexpr const char* swing                 = of (&GenerationSettings::swing);
-    inline constexpr const char* variation             = of (&GenerationSettings::variation);
-    inline constexpr const char* experimental          = of (&GenerationSettings::experimental);
-    inline constexpr const char* timing                = of (&GenerationSettings::timing);
-    inline constexpr const char* velocity              = of (&GenerationSettings::velocity);
-    inline constexpr const char* kickProbability       = of (&GenerationSettings::kickProbability);
-    inline constexpr const char* snareProbability      = of (&GenerationSettings::snareProbability);
-    inline constexpr const char* hatsProbability       = of (&GenerationSettings::hatsProbability);
-    inline constexpr const char* percussionProbability = of (&GenerationSettings::percProbability);
 } // namespace parameterID
 
 /** The eighteen parameters in the order in which hosts list them. */
