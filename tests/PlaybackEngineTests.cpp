@@ -320,7 +320,10 @@ TEST (Lv2Transport, KeepsTheBeatThatTheHostDoesNotName)
     };
 
     const auto at = [] (std::int64_t sample, std::optional<double> tempo = {}, bool isRolling = true)
-    { return HostPosition { .isRolling = isRolling, .beat = {}, .tempo = tempo, .sample = sample, .beatsPerBar = {}, .loop = {} }; };
+    { return HostPosition { .isRolling = isRolling, .beat = {}, .tempo = tempo, .sample = sample, .bar = {}, .beatsPerBar = {}, .loop = {} }; };
+
+    const auto atBar = [] (std::int64_t sample, double beat, std::optional<std::int64_t> bar)
+    { return HostPosition { .isRolling = true, .beat = beat, .tempo = 60.0, .sample = sample, .bar = bar, .beatsPerBar = 4, .loop = {} }; };
 
     const std::vector<Block> stories[] {
         // No tempo at all: the fallback, and the beat goes on.
@@ -340,14 +343,18 @@ TEST (Lv2Transport, KeepsTheBeatThatTheHostDoesNotName)
           { at (10, 120), { { 0.1, 120 } } },
           { {}, { { 0.3, 120 } } } },
         // A named beat is taken at its sample.
-        { { HostPosition { .isRolling = true, .beat = 5.0, .tempo = 60.0, .sample = 77, .beatsPerBar = {}, .loop = {} }, { { 5, 60 } } },
-          { HostPosition { .isRolling = true, .beat = 9.0, .tempo = 60.0, .sample = 92, .beatsPerBar = {}, .loop = {} }, { { 5.1, 60 }, { 9, 60 } } },
+        { { HostPosition { .isRolling = true, .beat = 5.0, .tempo = 60.0, .sample = 77, .bar = {}, .beatsPerBar = {}, .loop = {} }, { { 5, 60 } } },
+          { HostPosition { .isRolling = true, .beat = 9.0, .tempo = 60.0, .sample = 92, .bar = {}, .beatsPerBar = {}, .loop = {} },
+            { { 5.1, 60 }, { 9, 60 } } },
           { {}, { { 9.05, 60 } } } },
-        // The beat of the bar is not the beat.
-        { { HostPosition { .isRolling = true, .beat = 1.0, .tempo = 60.0, .sample = 0, .beatsPerBar = 4, .loop = {} }, { { 0, 60 } } },
-          { HostPosition { .isRolling = true, .beat = 3.0, .tempo = 60.0, .sample = 630, .beatsPerBar = 4, .loop = {} }, { { 6.3, 60 } } },
-          { HostPosition { .isRolling = true, .beat = 3.0, .tempo = 60.0, .sample = 640, .beatsPerBar = 4, .loop = {} }, { { 6.4, 60 } } },
-          { HostPosition { .isRolling = true, .beat = 1.0, .tempo = 60.0, .sample = 800, .beatsPerBar = 4, .loop = {} }, { { 8, 60 } } } },
+        // The beat of the bar is not the beat; where no bar is named, or another one, it is.
+        { { atBar (0, 1.0, 0), { { 0, 60 } } },
+          { atBar (630, 3.0, 1), { { 6.3, 60 } } },
+          { atBar (640, 3.0, 1), { { 6.4, 60 } } },
+          { atBar (800, 1.0, 2), { { 8, 60 } } },
+          { atBar (400, 0.0, 0), { { 0, 60 } } },
+          { atBar (600, 3.0, 0), { { 3, 60 } } },
+          { atBar (100, 2.0, {}), { { 2, 60 } } } },
         // Numbers that cannot be played do no lasting harm.
         { { at (std::numeric_limits<std::int64_t>::max() - 5, 60), { { 0x1p63 / 100, 60 } } },
           { at (std::numeric_limits<std::int64_t>::min(), 60), { { -0x1p63 / 100, 60 } } },

@@ -20,7 +20,15 @@ namespace
         constexpr int longestMs = 3000;
 
         juce::ChildProcess program;
-        return program.start (command) && program.waitForProcessToFinish (longestMs) && program.getExitCode() == 0;
+
+        if (! program.start (command))
+            return false;
+
+        if (! program.waitForProcessToFinish (longestMs))
+            return program.kill(), false;
+
+        // JUCE gives 0 for a program that a signal has ended: such a one has printed nothing.
+        return program.getExitCode() == 0 && program.readAllProcessOutput().isNotEmpty();
     }
 
     /** Whether the program that JUCE will start can be started: one whose libraries do not fit takes any time to fail,

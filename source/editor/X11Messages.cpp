@@ -31,11 +31,15 @@ namespace
 
 void ignoreX11ErrorsOfOurConnection()
 {
+    auto* const display = juce::XWindowSystem::getInstance()->getDisplay();
     juce::DynamicLibrary xlib ("libX11.so.6"); // the one that JUCE has loaded
+
+    if (display == nullptr)
+        return;
 
     if (const auto setErrorHook = reinterpret_cast<SetErrorHook> (xlib.getFunction ("XESetWireToError")))
         for (int error = BadRequest; error <= BadImplementation; ++error)
-            setErrorHook (juce::XWindowSystem::getInstance()->getDisplay(), error, ignoreError);
+            setErrorHook (display, error, ignoreError);
 }
 
 void offerOnlyCopies (juce::Component& component)

@@ -44,6 +44,7 @@ namespace
                  .beat        = optional (said.getPpqPosition()),
                  .tempo       = optional (said.getBpm()),
                  .sample      = optional (said.getTimeInSamples()),
+                 .bar         = optional (said.getBarCount()),
                  .beatsPerBar = signature.hasValue() ? std::make_optional (signature->numerator) : std::nullopt,
                  .loop        = loopOf (said) };
     }

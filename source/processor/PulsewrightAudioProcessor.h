@@ -27,8 +27,6 @@ namespace pulsewright
 class PulsewrightAudioProcessor final : public juce::AudioProcessor
 {
 public:
-    using PlaybackData = pulsewright::PlaybackData;
-
     PulsewrightAudioProcessor();
 
     static juce::AudioProcessorValueTreeState::ParameterLayout createParameterLayout() { return createLayout(); }

@@ -103,7 +103,7 @@ namespace
         {
             { music,  "--json",   "FILE|-", "Write the notes as JSON; - is the standard output",               "none",     File() },
             { music,  "--midi",   "FILE|-", "Write a Standard MIDI File",                                      "none",     File() },
-            { music,  "--wav",    "FILE|-", "Play it once and write the sound: 48 kHz, stereo, 32-bit floats", "none",     File() },
+            { music,  "--wav",    "FILE|-", "Play it once and write the sound; .flac and .ogg are other kinds", "none",     File() },
             { music,  "--kit",    "NAME",   "Sound of --wav",                                                  "Studio",   kits, "--wav" },
             { window, "--png",    "FILE|-", "Where to write the picture",                                      "required", File(), {}, {}, true },
             { window, "--width",  "W",      "Width in pixels",                                                 "1120",     pixels },

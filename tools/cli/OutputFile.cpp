@@ -152,7 +152,7 @@ int OutputFile::openTarget()
 
     std::error_code error;
     const auto file   = fs::canonical (name, error);
-    const bool isOurs = ! error && old.st_uid == ::geteuid();
+    const bool isOurs = ! error && old.st_uid == ::geteuid() && old.st_nlink == 1; // a second name would keep the old file
 
     if (const int aside = isOurs ? openAside (file) : -1; isAside)
     {

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: AGPL-3.0-only
 
 // What the tool writes: the standard output, or a file that gets its name only when it is whole.
-// OutputFile.cpp is the one place that speaks to the system.
+// OutputFile.cpp, or OutputFileWindows.cpp, speaks to the system; so does Program.cpp.
 
 #pragma once
 
@@ -24,8 +24,8 @@ struct WriteFailure : std::runtime_error
     also when a signal ends the process. One at a time.
 
     The bytes go into a new file beside the target, which a rename puts into its place. Written in place is what
-    a rename would not leave as it is: a device, a pipe, a file of somebody else, one in a folder where nothing
-    new may be made.
+    a rename would not leave as it is: a device, a pipe, a file of somebody else or with a second name, one in a
+    folder where nothing new may be made.
 */
 class OutputFile
 {

@@ -8,7 +8,7 @@
 
 #include "export/MidiFileWriter.h"
 
-#include <array>
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>

@@ -28,6 +28,9 @@ namespace
         std::error_code error;
         const auto folder = fs::read_symlink ("/proc/self/exe", error).parent_path();
 
+        if (error) // never a program of the working directory's
+            throw WriteFailure ("This command does not find its own folder (" + error.message() + ")");
+
         for (const auto& place : { folder / name, folder.parent_path() / "lib" / "pulsewright" / name })
             if (fs::exists (place, error))
                 return place;
@@ -71,8 +74,10 @@ namespace
 
             if (count > 0)
                 bytes.append (part.data(), static_cast<std::size_t> (count));
-            else if (count == 0 || errno != EINTR)
+            else if (count == 0)
                 return bytes;
+            else if (errno != EINTR)
+                throw WriteFailure ("The picture could not be read (" + std::generic_category().message (errno) + ")");
         }
     }
 } // namespace

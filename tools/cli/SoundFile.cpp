@@ -7,9 +7,12 @@
 
 #include "WavFile.h"
 
-#if PULSEWRIGHT_HAS_SNDFILE
 #include <algorithm>
+#include <string_view>
+
+#if PULSEWRIGHT_HAS_SNDFILE
 #include <cstring>
+#include <exception>
 #include <sndfile.h>
 #include <vector>
 #endif
@@ -19,6 +22,12 @@ namespace pulsewright::cli
 
 namespace
 {
+    bool endsIgnoringCase (std::string_view text, std::string_view end) noexcept
+    {
+        const auto lower = [] (char c) { return c >= 'A' && c <= 'Z' ? static_cast<char> (c - 'A' + 'a') : c; };
+        return text.size() >= end.size() && std::ranges::equal (text.substr (text.size() - end.size()), end, {}, lower);
+    }
+
     class FloatWav final : public SoundFile
     {
     public:
@@ -43,11 +52,12 @@ namespace
         {
             std::string bytes;
             std::size_t place = 0;
+            bool isFull       = false;
         };
 
     public:
         CompressedSound (const std::string& targetName, int format, std::uint32_t sampleRate, std::uint32_t numFrames)
-            : target (targetName), framesLeft (numFrames)
+            : name (targetName), output (targetName), framesLeft (numFrames)
         {
             SF_INFO info {};
             info.samplerate = static_cast<int> (sampleRate);
@@ -73,12 +83,16 @@ namespace
 
         void commit() override
         {
-            file.reset(); // its own answer says nothing: what counts are the frames
-
             if (framesLeft != 0)
                 fail();
 
-            writeOutput (target, memory.bytes);
+            file.reset(); // its own answer says nothing: what counts are the frames, and what the memory took
+
+            if (memory.isFull)
+                fail();
+
+            output.write (memory.bytes);
+            output.commit();
         }
 
     private:
@@ -89,7 +103,7 @@ namespace
 
         [[noreturn]] void fail() const
         {
-            throw WriteFailure (target + ": " + OutputFile::cannotCompleteMessage + " (" + sf_strerror (file.get()) + ")");
+            throw WriteFailure (name + ": " + OutputFile::cannotCompleteMessage + " (" + sf_strerror (file.get()) + ")");
         }
 
         static CompressedSound& self (void* user) noexcept { return *static_cast<CompressedSound*> (user); }
@@ -103,17 +117,29 @@ namespace
             return tell (user);
         }
 
-        static sf_count_t write (const void* data, sf_count_t count, void* user)
+        /** Called by a library in C: nothing is thrown through it. */
+        static sf_count_t write (const void* data, sf_count_t count, void* user) noexcept
         {
-            auto& [bytes, place] = self (user).memory;
-            const auto size      = static_cast<std::size_t> (count);
-            bytes.resize (std::max (bytes.size(), place + size));
+            auto& [bytes, place, isFull] = self (user).memory;
+            const auto size              = static_cast<std::size_t> (count);
+
+            try
+            {
+                bytes.resize (std::max (bytes.size(), place + size));
+            }
+            catch (const std::exception&)
+            {
+                isFull = true;
+                return 0;
+            }
+
             std::memcpy (bytes.data() + place, data, size);
             place += size;
             return count;
         }
 
-        const std::string target;
+        const std::string name;
+        OutputFile output;
         sf_count_t framesLeft;
         Memory memory;
         std::vector<float> frames;
@@ -140,9 +166,9 @@ namespace
 
 std::unique_ptr<SoundFile> openSoundFile (const std::string& target, std::uint32_t sampleRate, std::uint32_t numFrames)
 {
-    const bool isFlac = target.ends_with (".flac");
+    const bool isFlac = endsIgnoringCase (target, ".flac");
 
-    if (isFlac || target.ends_with (".ogg"))
+    if (isFlac || endsIgnoringCase (target, ".ogg"))
         return openCompressed (target, isFlac, sampleRate, numFrames);
 
     return std::make_unique<FloatWav> (target, sampleRate, numFrames);

@@ -26,6 +26,7 @@ struct HostPosition
     std::optional<double> beat;         ///< quarter notes since the host's start
     std::optional<double> tempo;        ///< BPM
     std::optional<std::int64_t> sample; ///< since the host's start
+    std::optional<std::int64_t> bar;    ///< from 0
     std::optional<int> beatsPerBar;
     std::optional<HostLoop> loop; ///< only while the host repeats it
 };

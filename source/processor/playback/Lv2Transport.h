@@ -23,8 +23,8 @@ namespace pulsewright
       middle of a block.
     - After a jump in samples the beat is the one that the host names, or else sample times tempo, as if the
       tempo had been the same since the start.
-    - Some hosts (Qtractor) name the beat of the bar, whole, where the standard asks for the beat since the start.
-      A beat that can be read so is not taken.
+    - Some hosts (Qtractor) name the beat of the bar, whole, from 1, where the standard asks for the beat since the
+      start. Such a beat is not taken; it shows by the bar that is named beside it.
     - A tempo that the host does not name is the last one that it named since the last jump, or else the caller's.
 
     Thread: audio. Blocks: never. Allocates: never.
@@ -87,31 +87,32 @@ private:
         isRolling = said.isRolling;
     }
 
-    /** Whether the named beat is the counted one's number in its bar, from 0 or from 1. */
+    /** Whether the named beat is the number of a beat in its bar: less than the beats before the bar, or, in the first
+        bar, one more than the beat that is counted.
+    */
     bool isBeatOfTheBar (const HostPosition& said) const noexcept
     {
         const auto counted = beat();
 
-        if (! said.sample || ! counted || *said.beat != std::floor (*said.beat))
+        if (! said.bar || ! counted || *said.beat != std::floor (*said.beat))
             return false;
 
         constexpr double rounding = 0.01; // of what the host counts with
-        const double length       = std::max (1, said.beatsPerBar.value_or (4));
-        const auto isNumberOf     = [&] (double place)
-        {
-            const double number = std::floor (place - length * std::floor (place / length));
-            return *said.beat == number || *said.beat == number + 1.0;
-        };
+        const double beatsInBar   = std::max (1, said.beatsPerBar.value_or (4));
+        const double beatsBefore  = static_cast<double> (*said.bar) * beatsInBar;
+        const auto isOneBeyond    = [&] (double place) { return std::floor (place) == beatsBefore + *said.beat - 1.0; };
+        const bool isBeforeTheBar = *said.beat >= 0.0 && *said.beat <= beatsInBar && *said.beat < beatsBefore;
 
-        return isNumberOf (*counted - rounding) || isNumberOf (*counted + rounding);
+        return isBeforeTheBar || isOneBeyond (*counted - rounding) || isOneBeyond (*counted + rounding);
     }
 
     template <typename Sink>
     void play (int firstSample, int numSamples, Sink&& sink) noexcept
     {
-        sink (HostStretch { firstSample,
-                            numSamples,
-                            { .isRolling = isRolling, .beat = beat(), .tempo = tempo, .sample = nextSample, .beatsPerBar = {}, .loop = {} } });
+        sink (HostStretch {
+            firstSample,
+            numSamples,
+            { .isRolling = isRolling, .beat = beat(), .tempo = tempo, .sample = nextSample, .bar = {}, .beatsPerBar = {}, .loop = {} } });
 
         if (! isRolling)
             return;
