@@ -27,8 +27,7 @@ namespace
         if (! program.waitForProcessToFinish (longestMs))
             return program.kill(), false;
 
-        // JUCE gives 0 for a program that a signal has ended: such a one has printed nothing.
-        return program.getExitCode() == 0 && program.readAllProcessOutput().isNotEmpty();
+        return program.getExitCode() == 0;
     }
 
     /** Whether the program that JUCE will start can be started: one whose libraries do not fit takes any time to fail,
