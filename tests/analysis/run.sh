@@ -5,7 +5,7 @@
 # Reads our own sources with clang-tidy and cppcheck; fails when one of them finds anything.
 # Usage: run.sh <build folder, configured> [source file...]
 set -euo pipefail
-readonly folders=(source tools plain tests benchmarks fuzz)
+readonly folders=(source tools tests benchmarks fuzz)
 
 build=$(realpath "${1:?usage: run.sh BUILD [FILE...]}"); shift
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd -P)

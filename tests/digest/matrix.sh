@@ -29,7 +29,7 @@ esac
 
 # What the build compiles with: the language, and the flag that the music hangs on.
 readonly flags=(-std=c++20 -ffp-contract=off -Isource)
-readonly sources=(tools/MusicDigest.cpp source/generation/*.cpp source/export/MidiFileWriter.cpp)
+readonly sources=(tests/support/MusicDigest.cpp source/generation/*.cpp source/export/MidiFileWriter.cpp)
 readonly expected=$PWD/tests/data/music-digest.txt
 
 scratch=$(mktemp -d) || exit 2
