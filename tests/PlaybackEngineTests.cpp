@@ -255,7 +255,7 @@ TEST (PlaybackEngine, AJumpIsPlayedAsItStands)
     EXPECT_EQ (restarted.from, restarted.start);
 }
 
-TEST (PlaybackEngine, NothingThatCannotBePlayedIsPlayed)
+TEST (PlaybackEngine, PositionsAndTemposThatCannotBePlayedGiveNoEvents)
 {
     constexpr auto nan      = std::numeric_limits<double>::quiet_NaN();
     constexpr auto infinity = std::numeric_limits<double>::infinity();
@@ -295,7 +295,7 @@ TEST (PlaybackEngine, NoteOffFallsInTheNextBlockAcrossTheLoop)
     EXPECT_TRUE (eventsOf (*music, Repeat::once, windowAt (0.0, 60.0, 100.0, 20)).empty());
 }
 
-TEST (PlaybackEngine, FarOutARoundedBeatStillHasItsEnd)
+TEST (PlaybackEngine, ANoteWhoseBeatIsRoundedFarOutHasItsEnd)
 {
     // So far out the hit's beat is rounded up, and its end with it, into a block that it would have missed by itself.
     const auto music  = makePlaybackData ({ { .start = 1.0 - 0x1p-22, .length = 0.5 } }, 4.0);
