@@ -105,7 +105,7 @@ namespace
 
     DrumPattern checkGenerate (const GenerationSettings& settings, const DrumPattern& like, std::uint32_t seed)
     {
-        const auto pattern = GrooveGenerator::generate (settings, like.sectionType, like.bars, seed);
+        auto pattern = GrooveGenerator::generate (settings, like.sectionType, like.bars, seed);
         checkNormalised (pattern);
         check (pattern.bars == std::clamp (like.bars, 1, 192) && pattern.sectionType == like.sectionType, "a pattern is what was asked for");
         check (GrooveGenerator::generate (settings, like.sectionType, like.bars, seed) == pattern, "a seed plays the same twice");

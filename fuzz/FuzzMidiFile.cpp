@@ -64,7 +64,7 @@ namespace
         std::string text (std::size_t size)
         {
             check (size <= rest.size(), "the lengths add up");
-            const std::string taken (rest.begin(), rest.begin() + static_cast<std::ptrdiff_t> (size));
+            std::string taken (rest.begin(), rest.begin() + static_cast<std::ptrdiff_t> (size));
             rest = rest.subspan (size);
             return taken;
         }

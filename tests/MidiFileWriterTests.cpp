@@ -99,7 +99,7 @@ TEST (MidiFileWriter, TemposAreClampedNamesAreBytesAndSectionsHaveTheirPlace)
                                             { MidiFileWriter::bytesOf (song, 120), { 'T', 'w', 'o', 0x81, 0xFB, 0x20, 0x99, 36, 100 } } };
 
     for (const auto& [bytes, part] : files)
-        EXPECT_FALSE (std::ranges::search (bytes, part).empty()) << testing::PrintToString (part);
+        EXPECT_NE (std::search (bytes.begin(), bytes.end(), part.begin(), part.end()), bytes.end()) << testing::PrintToString (part);
 }
 
 TEST (MidiFileWriter, SaysWhyAFileCannotBeWritten)

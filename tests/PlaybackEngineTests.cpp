@@ -140,6 +140,17 @@ namespace
 
     using Onsets = std::vector<std::tuple<int, int, double>>; ///< note, velocity and sample, sorted
 
+    /** The beats in a loop at which a hit begins. @param length  of the pattern; 0 where it is played once */
+    std::vector<double> onsetsOf (const DrumHit& hit, double length, const HostLoop& loop)
+    {
+        const double step = length > 0.0 ? length : 1e9;
+        std::vector<double> beats;
+        for (double beat = hit.start; beat < loop.end; beat += step) // NOLINT(cert-flp30-c,clang-analyzer-security.FloatLoopCounter)
+            if (beat >= loop.start)
+                beats.push_back (beat);
+        return beats;
+    }
+
     /** What a hundred passes of the loop have, and what the blocks play of it. */
     std::pair<Onsets, Onsets> wantedAndHeard (const RoundingHost& host, const PlaybackData& music, Repeat repeat, const LoopRun& run)
     {
@@ -157,9 +168,8 @@ namespace
             const auto passSamples  = static_cast<int> (host.countsInSamples ? std::round (exactSamples) : std::ceil (exactSamples - 1e-6));
 
             for (const auto& hit : hitsOf (music))
-                for (double beat = hit.start; beat<run.loop.end; beat += length> 0.0 ? length : 1e9)
-                    if (beat >= run.loop.start)
-                        wanted.emplace_back (hit.note, hit.velocity, sample + (beat - passBeat) / beatsPerSample);
+                for (const double beat : onsetsOf (hit, length, run.loop))
+                    wanted.emplace_back (hit.note, hit.velocity, sample + (beat - passBeat) / beatsPerSample);
 
             for (int done = 0; done < passSamples;)
             {
