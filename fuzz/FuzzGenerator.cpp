@@ -143,8 +143,7 @@ namespace
         std::uint32_t end = 0;
         for (const auto& section : song.sections)
         {
-            check (section.startBar == end && section.pattern.name == section.name, "sections follow one another");
-            checkNormalised (section.pattern);
+            check (section.startBar == end, "sections follow one another");
             end += static_cast<std::uint32_t> (section.pattern.bars);
         }
 

@@ -7,68 +7,45 @@
 #include "FuzzCheck.h"
 #include "PlainEvents.h"
 
-#include "generation/SongArrangement.h"
-
 namespace pulsewright::fuzz
 {
 
 namespace
 {
-    std::vector<DrumHit> anyHits (FuzzedDataProvider& input, double lengthInBeats)
-    {
-        static constexpr double lengths[] { 0.0, 0.07, 0.11, 1.0, 3.9 };
-
-        std::vector<DrumHit> hits;
-        for (int count = input.ConsumeIntegralInRange (0, 12); count > 0; --count)
-            hits.push_back ({ .start    = input.ConsumeIntegralInRange (0, 4000) / 4000.0 * (lengthInBeats - 0.001),
-                              .length   = input.PickValueInArray (lengths),
-                              .note     = input.ConsumeIntegralInRange (36u, 50u),
-                              .velocity = input.ConsumeIntegralInRange (0u, 127u) });
-
-        std::ranges::stable_sort (hits, {}, &DrumHit::start);
-        return hits;
-    }
-
-    /** Music, and the same in one piece for the scan. */
     struct Music
     {
         Repeat repeat;
-        std::shared_ptr<const PlaybackData> played, scanned;
+        std::shared_ptr<const PlaybackData> data;
     };
 
     Music anyMusic (FuzzedDataProvider& input)
     {
         static constexpr double lengths[] { 4.0, 4.0, 8.0, 12.0, 32.0, 0.0, -4.0, std::numeric_limits<double>::quiet_NaN() };
+        static constexpr double hitLengths[] { 0.0, 0.07, 0.11, 1.0, 3.9 };
 
-        if (input.ConsumeBool())
-        {
-            const auto length = input.PickValueInArray (lengths);
-            const auto music  = makePlaybackData (anyHits (input, std::max (4.0, length)), length);
-            return { input.ConsumeBool() ? Repeat::looped : Repeat::once, music, music };
-        }
+        const auto length = input.PickValueInArray (lengths);
+        std::vector<DrumHit> hits;
 
-        auto song = std::make_shared<SongArrangement>();
-        for (int sections = input.ConsumeIntegralInRange (0, 5); sections > 0; --sections)
-        {
-            auto& section        = song->sections.emplace_back();
-            section.startBar     = song->totalBars;
-            section.pattern.bars = input.ConsumeIntegralInRange (1, 4);
-            section.pattern.hits = anyHits (input, section.pattern.lengthInBeats());
-            song->totalBars += static_cast<std::uint32_t> (section.pattern.bars);
-        }
-        return { Repeat::once, makePlaybackData (song), makePlaybackData (flatten (*song), song->lengthInBeats()) };
+        for (int count = input.ConsumeIntegralInRange (0, 12); count > 0; --count)
+            hits.push_back ({ .start    = input.ConsumeIntegralInRange (0, 4000) / 4000.0 * (std::max (4.0, length) - 0.001),
+                              .length   = input.PickValueInArray (hitLengths),
+                              .note     = input.ConsumeIntegralInRange (36u, 50u),
+                              .velocity = input.ConsumeIntegralInRange (0u, 127u) });
+
+        std::ranges::stable_sort (hits, {}, &DrumHit::start);
+        return { input.ConsumeBool() ? Repeat::looped : Repeat::once, makePlaybackData (hits, length) };
     }
 
     void checkEvents (const Music& music, const BlockWindow& window)
     {
         std::vector<NoteEvent> events;
-        findEvents (*music.played, music.repeat, window, [&events] (const NoteEvent& event) { events.push_back (event); });
+        findEvents (*music.data, music.repeat, window, [&events] (const NoteEvent& event) { events.push_back (event); });
 
         for (const auto& event : events)
             check (event.sampleOffset >= 0 && event.sampleOffset < window.numSamples, "an event lies in its block");
 
-        const bool isPlayable = music.played->lengthInBeats > 0.0 && window.numSamples > 0;
-        check (events == (isPlayable ? plainEventsOf (*music.scanned, music.repeat, window) : std::vector<NoteEvent>()),
+        const bool isPlayable = music.data->lengthInBeats > 0.0 && window.numSamples > 0;
+        check (events == (isPlayable ? plainEventsOf (*music.data, music.repeat, window) : std::vector<NoteEvent>()),
                "the events are those of a scan");
     }
 
