@@ -7,6 +7,7 @@
 #include "StateBytes.h"
 #include "TransportPlayHead.h"
 
+#include "editor/PulsewrightAudioProcessorEditor.h"
 #include "processor/PulsewrightAudioProcessor.h"
 
 #include <gtest/gtest.h>
@@ -22,89 +23,60 @@
 namespace pulsewright
 {
 
-namespace
-{
-    AudioThreadWatch::Counts operator- (const AudioThreadWatch::Counts& a, const AudioThreadWatch::Counts& b)
-    {
-        return { a.allocations - b.allocations, a.frees - b.frees, a.locks - b.locks, a.systemCalls - b.systemCalls };
-    }
-} // namespace
-
-TEST (AudioThread, TheWatchSeesWhatIsPlanted)
+TEST (AudioThreadWatch, CountsAllocationsFreesLocksAndSystemCalls)
 {
     if (! AudioThreadWatch::isAvailable)
         GTEST_SKIP() << "not in a sanitizer build";
 
-    std::mutex mutex;
-    const auto before = AudioThreadWatch::counts();
-
-    {
-        const AudioThreadWatch watch;
-        auto planted = std::make_unique<std::vector<int>> (100);
-        planted.reset();
-        auto* resized = std::realloc (std::malloc (10), 1000);
-        std::free (resized);
-        const std::scoped_lock lock (mutex);
-    }
-
-    const auto seen = AudioThreadWatch::counts() - before;
-    EXPECT_GE (seen.allocations, 4);
-    EXPECT_GE (seen.frees, 3);
-    EXPECT_EQ (seen.locks, 1);
-
-    long systemCalls = 0;
+    AudioThreadWatch::Counts seen;
     std::thread (
-        [&]
+        [&seen]
         {
-            if (! AudioThreadWatch::refuseSystemCalls())
-                return;
+            std::mutex mutex;
+            const bool refused = AudioThreadWatch::refuseSystemCalls();
             const AudioThreadWatch watch;
-            sched_yield();
-            systemCalls = AudioThreadWatch::counts().systemCalls;
+            auto numbers = std::make_unique<std::vector<int>> (100);
+            numbers.reset();
+            std::free (std::realloc (std::malloc (10), 1000));
+            const std::scoped_lock lock (mutex);
+            refused ? sched_yield() : 0;
+            seen = AudioThreadWatch::counts();
         })
         .join();
-    EXPECT_EQ (systemCalls, 1);
 
-    // Another thread's doings are its own.
-    const AudioThreadWatch watch;
-    const auto unwatched = AudioThreadWatch::counts();
-    EXPECT_EQ (AudioThreadWatch::counts() - unwatched, AudioThreadWatch::Counts {});
+    EXPECT_EQ (seen, (AudioThreadWatch::Counts { .allocations = 4, .frees = 3, .locks = 1, .systemCalls = 1 }));
+    EXPECT_EQ (AudioThreadWatch::counts(), AudioThreadWatch::Counts {}) << "what other threads do is theirs";
 }
 
+/** While the window is open and the message thread does all that it can, two others restore states and turn knobs. */
 TEST (AudioThread, NeitherAllocatesNorLocksNorCallsTheSystem)
 {
     PulsewrightAudioProcessor processor;
+    const auto good = saved (processor);
+    std::unique_ptr<juce::AudioProcessorEditor> editor (processor.createEditor());
     TransportPlayHead playHead;
     processor.setPlayHead (&playHead);
     processor.prepareToPlay (48000.0, 512);
 
-    // Everything the message thread can do, as fast as it can.
     std::atomic<bool> stop { false };
-    std::atomic<int> changes { 0 };
-    std::thread messages (
+    std::atomic<int> restores { 0 }, changes { 0 };
+    std::thread restoring (
+        [&, states = badStates (good)]
+        {
+            for (; ! stop; ++restores)
+                restore (processor, restores % 2 == 0 ? good : states[static_cast<std::size_t> (restores / 2) % states.size()].bytes);
+        });
+    std::thread turning (
         [&]
         {
-            std::mt19937 dice (1);
-            const std::vector<std::function<void()>> requests {
-                [&] { processor.generatePattern (SectionType::verse); },
-                [&] { processor.generatePattern (SectionType::fill); },
-                [&] { processor.mutatePattern(); },
-                [&] { processor.regeneratePattern(); },
-                [&] { processor.buildSong(); },
-                [&] { processor.selectSection (static_cast<int> (dice() % 9)); },
-                [&] { processor.setLaneLocked (static_cast<int> (dice() % 4), dice() % 2 == 0); },
-                [&] { dice() % 2 == 0 ? static_cast<void> (processor.startPreview()) : processor.stopPreview(); },
-                [&] { processor.getParameters()[static_cast<int> (dice() % 18)]->setValueNotifyingHost (static_cast<float> (dice() % 100) / 99.0f); },
-                [&] { restore (processor, saved (processor)); }
-            };
-
-            for (; ! stop; ++changes)
-                requests[dice() % requests.size()]();
+            for (std::mt19937 dice (3); ! stop; ++changes)
+                processor.getParameters()[static_cast<int> (dice() % 18)]->setValueNotifyingHost (static_cast<float> (dice() % 100) / 99.0f);
         });
 
     std::size_t events = 0;
     AudioThreadWatch::Counts counts;
     bool refused = false;
+    std::atomic<bool> isDone { false };
     std::thread audio (
         [&]
         {
@@ -113,11 +85,12 @@ TEST (AudioThread, NeitherAllocatesNorLocksNorCallsTheSystem)
             midi.ensureSize (1 << 16); // as hosts and wrappers keep theirs
             std::mt19937 dice (2);
             double beat         = 0.0;
+            float peak          = 0.0f;
             const int numBlocks = AudioThreadWatch::isAvailable ? 1000000 : 50000;
 
             refused = AudioThreadWatch::isAvailable && AudioThreadWatch::refuseSystemCalls();
 
-            for (int block = 0; block < numBlocks || changes < 200; ++block)
+            for (int block = 0; block < numBlocks || changes < 200 || restores < 20; ++block)
             {
                 const int numSamples = static_cast<int> (1 + dice() % (block % 16 == 0 ? 512 : 32));
                 juce::AudioBuffer<float> part (buffer.getArrayOfWritePointers(), 2, numSamples);
@@ -131,23 +104,43 @@ TEST (AudioThread, NeitherAllocatesNorLocksNorCallsTheSystem)
                     processor.processBlock (part, midi);
                 }
 
+                peak = std::max (peak, part.getMagnitude (0, numSamples));
                 events += static_cast<std::size_t> (midi.getNumEvents());
                 beat = dice() % 1000 == 0 ? static_cast<double> (dice() % 300) : beat + numSamples * 174.0 / (48000.0 * 60.0);
             }
 
             counts = AudioThreadWatch::counts();
+            isDone = true;
+            EXPECT_LE (peak, 1.0f);
         });
 
-    audio.join();
-    EXPECT_EQ (refused, AudioThreadWatch::isAvailable);
-    EXPECT_EQ (counts, AudioThreadWatch::Counts {}); // here: that thread cannot even print
+    std::mt19937 dice (1);
+    const std::vector<std::function<void()>> requests { [&] { processor.generatePattern (SectionType::fill); },
+                                                        [&] { processor.mutatePattern(); },
+                                                        [&] { processor.regeneratePattern(); },
+                                                        [&] { processor.buildSong(); },
+                                                        [&] { processor.selectSection (static_cast<int> (dice() % 9)); },
+                                                        [&] { processor.setLaneLocked (static_cast<int> (dice() % 4), dice() % 2 == 0); },
+                                                        [&] { processor.startPreview(); },
+                                                        [&] { processor.stopPreview(); },
+                                                        [&] { editor.reset (processor.createEditor()); },
+                                                        [&] { juce::MessageManager::getInstance()->runDispatchLoopUntil (2); } };
 
+    for (int times = 0; ! isDone || times < 100; ++times)
+        requests[dice() % requests.size()]();
+
+    audio.join();
     stop = true;
-    messages.join();
+    restoring.join();
+    turning.join();
     processor.setPlayHead (nullptr);
 
+    EXPECT_EQ (refused, AudioThreadWatch::isAvailable);
+    EXPECT_EQ (counts, AudioThreadWatch::Counts {});
     EXPECT_GT (events, 1000u);
-    EXPECT_GE (changes, 200);
+
+    restore (processor, good);
+    EXPECT_EQ (saved (processor), good) << "the last restore holds";
 }
 
 } // namespace pulsewright

@@ -35,10 +35,13 @@ AudioThreadWatch::AudioThreadWatch()
 {
     isWatched = true;
 }
-
 AudioThreadWatch::~AudioThreadWatch()
 {
     isWatched = false;
+}
+AudioThreadWatch::Counts AudioThreadWatch::counts() noexcept
+{
+    return watchedCounts;
 }
 
 bool AudioThreadWatch::refuseSystemCalls()
@@ -67,11 +70,6 @@ bool AudioThreadWatch::refuseSystemCalls()
 
     const sock_fprog filter { static_cast<unsigned short> (program.size()), program.data() };
     return prctl (PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 && prctl (PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter) == 0;
-}
-
-AudioThreadWatch::Counts AudioThreadWatch::counts() noexcept
-{
-    return watchedCounts;
 }
 
 } // namespace pulsewright

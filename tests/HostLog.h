@@ -7,6 +7,8 @@
 
 #include <juce_audio_processors/juce_audio_processors.h>
 
+#include <functional>
+
 namespace pulsewright
 {
 
@@ -17,14 +19,22 @@ public:
     explicit HostLog (juce::AudioProcessor& p) : processor (p) { processor.addListener (this); }
     ~HostLog() override { processor.removeListener (this); }
 
-    void audioProcessorParameterChanged (juce::AudioProcessor*, int i, float) override { text << "=" << i; }
-    void audioProcessorChanged (juce::AudioProcessor*, const ChangeDetails& d) override { text << (d.nonParameterStateChanged ? "!" : "?"); }
-    void audioProcessorParameterChangeGestureBegin (juce::AudioProcessor*, int i) override { text << "[" << i; }
-    void audioProcessorParameterChangeGestureEnd (juce::AudioProcessor*, int i) override { text << "]" << i; }
+    void audioProcessorParameterChanged (juce::AudioProcessor*, int i, float) override { note ("=" + juce::String (i)); }
+    void audioProcessorChanged (juce::AudioProcessor*, const ChangeDetails& d) override { note (d.nonParameterStateChanged ? "!" : "?"); }
+    void audioProcessorParameterChangeGestureBegin (juce::AudioProcessor*, int i) override { note ("[" + juce::String (i)); }
+    void audioProcessorParameterChangeGestureEnd (juce::AudioProcessor*, int i) override { note ("]" + juce::String (i)); }
 
     juce::String text;
+    std::function<void()> whenTold; ///< what the host does inside each of these calls
 
 private:
+    void note (const juce::String& what)
+    {
+        text << what;
+        if (whenTold)
+            whenTold();
+    }
+
     juce::AudioProcessor& processor;
 };
 

@@ -3,10 +3,10 @@
 
 // Hosts that do what no host should.
 
+#include "HostLog.h"
 #include "StateBytes.h"
 #include "TransportPlayHead.h"
 
-#include "editor/PulsewrightAudioProcessorEditor.h"
 #include "processor/PulsewrightAudioProcessor.h"
 
 #include <gtest/gtest.h>
@@ -15,7 +15,6 @@
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <cmath>
 #include <dlfcn.h>
 #include <limits>
@@ -30,185 +29,111 @@ namespace
     constexpr double nan      = std::numeric_limits<double>::quiet_NaN();
     constexpr double infinity = std::numeric_limits<double>::infinity();
 
-    /** Plays blocks of any size, rate, place and tempo, with MIDI that fits in none of them. */
-    class MadTransport
+    /** What a host does next. */
+    struct Dice
     {
-    public:
-        explicit MadTransport (PulsewrightAudioProcessor& p) : processor (p) { processor.setPlayHead (&playHead); }
-        ~MadTransport() { processor.setPlayHead (nullptr); }
+        std::uint32_t below (std::uint32_t n) { return static_cast<std::uint32_t> (dice() % n); }
+        bool oneIn (std::uint32_t n) { return below (n) == 0; }
 
-    private:
-        bool oneIn (std::uint32_t n) { return dice() % n == 0; }
-
-        template <typename Values>
-        auto oneOf (const Values& values)
+        template <typename Value, std::size_t size>
+        Value oneOf (const Value (&values)[size])
         {
-            return values[dice() % std::size (values)];
+            return values[dice() % size];
         }
 
-    public:
-        void playBlock()
-        {
-            constexpr double positions[] { 0.0, 3.99, -1e5, 1e6, 1e18, -1e300, nan, infinity, -infinity };
-            constexpr double tempos[] { 120.0, 0.0, -90.0, 1e-9, 1e300, nan, infinity };
-            constexpr double rates[] { 44100.0, 48000.0, 0.0, -1.0, 1.0, 384000.0, 1e12, nan, infinity };
-
-            if (oneIn (8)) // and never a release
-                processor.prepareToPlay (oneOf (rates), 512);
-            if (oneIn (40))
-                oneIn (2) ? static_cast<void> (processor.startPreview()) : processor.stopPreview();
-
-            const bool isKnown = ! oneIn (10);
-            playHead.moveTo ({ .isPlaying = ! oneIn (4),
-                               .ppq       = isKnown ? std::optional (oneOf (positions)) : std::nullopt,
-                               .bpm       = isKnown ? std::optional (oneOf (tempos)) : std::nullopt });
-
-            fillMidi();
-            oneIn (2) ? play<float>() : play<double>();
-        }
-
-    private:
-        void fillMidi()
-        {
-            midi.clear();
-
-            for (auto i = dice() % 6; i > 0; --i)
-            {
-                std::array<std::uint8_t, 3> bytes { static_cast<std::uint8_t> (0x80 + dice() % 0x80),
-                                                    static_cast<std::uint8_t> (dice()),
-                                                    static_cast<std::uint8_t> (dice()) };
-                midi.addEvent (bytes.data(), static_cast<int> (1 + dice() % 3), static_cast<int> (dice() % 20000) - 500);
-            }
-
-            if (oneIn (8))
-                midi.addEvent (juce::MidiMessage::createSysExMessage ("sysex", 5), 0);
-        }
-
-        template <typename Sample>
-        void play()
-        {
-            constexpr int sizes[] { 0, 1, 2, 31, 32, 511, 4096, 8192 };
-            const int numSamples = oneIn (2) ? oneOf (sizes) : static_cast<int> (dice() % 1000);
-            juce::AudioBuffer<Sample> buffer (static_cast<int> (dice() % 3), numSamples);
-
-            // What was in the buffer before is nobody's business, NaN or not.
-            for (int channel = 0; channel < buffer.getNumChannels(); ++channel)
-                juce::FloatVectorOperations::fill (buffer.getWritePointer (channel), static_cast<Sample> (nan), numSamples);
-
-            const bool isBypassed = oneIn (16);
-            const int numMessages = midi.getNumEvents();
-            isBypassed ? processor.processBlockBypassed (buffer, midi) : processor.processBlock (buffer, midi);
-            ASSERT_TRUE (! isBypassed || midi.getNumEvents() == numMessages);
-
-            for (int channel = 0; channel < buffer.getNumChannels(); ++channel)
-                for (int i = 0; i < numSamples; ++i)
-                    ASSERT_LE (std::abs (buffer.getSample (channel, i)), isBypassed ? 0.0 : 1.0); // which no NaN is
-        }
-
-        PulsewrightAudioProcessor& processor;
-        TransportPlayHead playHead;
-        juce::MidiBuffer midi;
         std::mt19937 dice { 3 };
     };
+
+    /** MIDI that fits in no block. */
+    juce::MidiBuffer anyMidi (Dice& dice)
+    {
+        juce::MidiBuffer midi;
+
+        for (auto i = dice.below (6); i > 0; --i)
+        {
+            const std::array bytes { static_cast<juce::uint8> (0x80 + dice.below (0x80)),
+                                     static_cast<juce::uint8> (dice.below (256)),
+                                     static_cast<juce::uint8> (dice.below (256)) };
+            midi.addEvent (bytes.data(), static_cast<int> (1 + dice.below (3)), static_cast<int> (dice.below (20000)) - 500);
+        }
+
+        if (dice.oneIn (8))
+            midi.addEvent (juce::MidiMessage::createSysExMessage ("sysex", 5), 0);
+        return midi;
+    }
+
+    template <typename Sample>
+    void playBlock (PulsewrightAudioProcessor& processor, Dice& dice)
+    {
+        const int sizes[] { 0, 1, 2, 31, 32, 511, 4096, 8192, static_cast<int> (dice.below (1000)) };
+        juce::AudioBuffer<Sample> buffer (static_cast<int> (dice.below (3)), dice.oneOf (sizes));
+        auto midi             = anyMidi (dice);
+        const bool isBypassed = dice.oneIn (16);
+        const int numMessages = midi.getNumEvents();
+
+        // What was in the buffer before does not matter, NaN or not.
+        for (int channel = 0; channel < buffer.getNumChannels(); ++channel)
+            juce::FloatVectorOperations::fill (buffer.getWritePointer (channel), static_cast<Sample> (nan), buffer.getNumSamples());
+
+        isBypassed ? processor.processBlockBypassed (buffer, midi) : processor.processBlock (buffer, midi);
+        ASSERT_TRUE (! isBypassed || midi.getNumEvents() == numMessages);
+
+        for (int channel = 0; channel < buffer.getNumChannels(); ++channel)
+            for (int i = 0; i < buffer.getNumSamples(); ++i)
+                ASSERT_LE (std::abs (buffer.getSample (channel, i)), isBypassed ? 0.0 : 1.0); // which no NaN is
+    }
 } // namespace
 
 TEST (HostileHost, PlaysAnythingAnywhere)
 {
+    constexpr double positions[] { 0.0, 3.99, -1e5, 1e6, 1e18, -1e300, nan, infinity, -infinity };
+    constexpr double tempos[] { 120.0, 0.0, -90.0, 1e-9, 1e300, nan, infinity };
+    constexpr double rates[] { 44100.0, 48000.0, 0.0, -1.0, 1.0, 384000.0, 1e12, nan, infinity };
+
     PulsewrightAudioProcessor processor;
-    MadTransport transport (processor);
+    TransportPlayHead playHead;
+    processor.setPlayHead (&playHead);
+    Dice dice;
 
     for (int i = 0; i < 6000; ++i)
     {
-        transport.playBlock();
+        if (dice.oneIn (8)) // and never a release
+            processor.prepareToPlay (dice.oneOf (rates), 512);
+        if (dice.oneIn (40))
+            dice.oneIn (2) ? static_cast<void> (processor.startPreview()) : processor.stopPreview();
+
+        Transport transport { .isPlaying = ! dice.oneIn (4) };
+        if (! dice.oneIn (10))
+            transport = { .isPlaying = transport.isPlaying, .ppq = dice.oneOf (positions), .bpm = dice.oneOf (tempos) };
+
+        playHead.moveTo (transport);
+        dice.oneIn (2) ? playBlock<float> (processor, dice) : playBlock<double> (processor, dice);
         ASSERT_FALSE (testing::Test::HasFatalFailure()) << "block " << i;
         ASSERT_TRUE (processor.getEffectiveBpm() == 120 || processor.getEffectiveBpm() == 90);
     }
+
+    processor.setPlayHead (nullptr);
 }
 
-/** Three threads turn the knobs, one restores, the window is open, and it plays. */
-TEST (HostileHost, EverybodyAtOnce)
+TEST (HostileHost, AnotherThreadSavesAndPlaysInsideAGesture)
 {
-    PulsewrightAudioProcessor processor;
-    const auto good = saved (processor);
-    std::unique_ptr<juce::AudioProcessorEditor> editor (processor.createEditor());
-    std::atomic<bool> stop { false };
-    std::atomic<int> turns { 0 }, restores { 0 };
-    std::vector<std::thread> threads;
-
-    for (std::uint32_t seed = 0; seed < 3; ++seed)
-        threads.emplace_back (
-            [&, seed]
-            {
-                for (std::mt19937 dice (seed); ! stop; ++turns)
-                    processor.getParameters()[static_cast<int> (dice() % 18)]->setValueNotifyingHost (static_cast<float> (dice() % 1000) / 999.0f);
-            });
-
-    threads.emplace_back (
-        [&, states = badStates (good)]
-        {
-            for (; ! stop; ++restores)
-                restore (processor, restores % 2 == 0 ? good : states[static_cast<std::size_t> (restores / 2) % states.size()].bytes);
-        });
-
-    threads.emplace_back (
-        [&]
-        {
-            for (MadTransport transport (processor); ! stop;)
-                transport.playBlock();
-        });
-
-    for (int i = 0; i < 40; ++i)
-    {
-        juce::MessageManager::getInstance()->runDispatchLoopUntil (25);
-        processor.mutatePattern();
-        if (i % 10 == 9)
-            editor.reset (processor.createEditor());
-    }
-
-    stop = true;
-    for (auto& thread : threads)
-        thread.join();
-
-    EXPECT_GT (turns, 100);
-    EXPECT_GT (restores, 10);
-    restore (processor, good);
-    EXPECT_EQ (saved (processor), good);
-}
-
-/** Inside a gesture the host lets another thread save and play, and waits for it. */
-TEST (HostileHost, GesturesCallBack)
-{
-    struct Host final : juce::AudioProcessorListener
-    {
-        void audioProcessorParameterChanged (juce::AudioProcessor* p, int, float) override { saveAndPlay (p); }
-        void audioProcessorChanged (juce::AudioProcessor* p, const ChangeDetails&) override { saveAndPlay (p); }
-        void audioProcessorParameterChangeGestureBegin (juce::AudioProcessor* p, int) override { saveAndPlay (p); }
-        void audioProcessorParameterChangeGestureEnd (juce::AudioProcessor* p, int) override { saveAndPlay (p); }
-
-        void saveAndPlay (juce::AudioProcessor* processor)
-        {
-            std::thread (
-                [&]
-                {
-                    juce::AudioBuffer<float> buffer (2, 64);
-                    juce::MidiBuffer midi;
-                    processor->processBlock (buffer, midi);
-                    calls += saved (*processor).isEmpty() ? 0 : 1;
-                })
-                .join();
-        }
-
-        int calls = 0;
-    };
-
     PulsewrightAudioProcessor processor;
     processor.prepareToPlay (48000.0, 64);
     processor.startPreview();
-    Host host;
-    processor.addListener (&host);
+    HostLog log (processor);
+    int saves = 0;
+
+    // The host waits for that thread.
+    const auto saveAndPlay = [&]
+    {
+        juce::AudioBuffer<float> buffer (2, 64);
+        juce::MidiBuffer midi;
+        processor.processBlock (buffer, midi);
+        saves += saved (processor).isEmpty() ? 0 : 1;
+    };
+    log.whenTold = [&] { std::thread (saveAndPlay).join(); };
     processor.mutatePattern();
-    processor.removeListener (&host);
-    EXPECT_EQ (host.calls, 8 * 3 + 1);
+    EXPECT_EQ (saves, 8 * 3 + 1);
 }
 
 TEST (HostileHost, AHundredInstancesShareNothingThatChanges)

@@ -22,11 +22,6 @@ namespace
         return Bytes (std::istreambuf_iterator<char> (file), {});
     }
 
-    bool contains (const Bytes& bytes, const Bytes& part)
-    {
-        return std::search (bytes.begin(), bytes.end(), part.begin(), part.end()) != bytes.end();
-    }
-
     /** The second track's data, from the first delta time on. */
     Bytes drumTrackOf (const Bytes& file)
     {
@@ -89,50 +84,36 @@ INSTANTIATE_TEST_SUITE_P (Tracks, DrumTrack, testing::Values (
     [] (const auto& test) { return std::string (test.param.name); });
 // clang-format on
 
-TEST (MidiFileWriter, ClampsTheTempo)
+TEST (MidiFileWriter, TemposAreClampedNamesAreBytesAndSectionsHaveTheirPlace)
 {
-    const auto tempoOf = [] (int bpm) { return MidiFileWriter::buildMidiFileBytes ({}, 1, bpm, ""); };
-
-    EXPECT_TRUE (contains (tempoOf (120), { 0xFF, 0x51, 0x03, 0x07, 0xA1, 0x20 }));
-    EXPECT_TRUE (contains (tempoOf (20), { 0xFF, 0x51, 0x03, 0x1E, 0x84, 0x80 }));
-    EXPECT_TRUE (contains (tempoOf (400), { 0xFF, 0x51, 0x03, 0x03, 0x0D, 0x40 }));
-    EXPECT_TRUE (contains (tempoOf (174), { 0xFF, 0x51, 0x03, 0x05, 0x42, 0xFB })); // 344827.6 is cut, not rounded
-}
-
-TEST (MidiFileWriter, NamesAreBytes)
-{
-    const auto longName = std::string (200, '\xC3');
-    EXPECT_TRUE (contains (MidiFileWriter::buildMidiFileBytes ({}, 1, 120, longName), { 0xFF, 0x03, 0x81, 0x48, 0xC3 }));
-}
-
-TEST (MidiFileWriter, PlacesSectionsInTheSong)
-{
-    SongArrangement song;
-    song.name      = "Two";
-    song.totalBars = 16;
-    song.sections.resize (1);
-    song.sections[0].startBar     = 8;
+    SongArrangement song { .name = "Two", .totalBars = 16, .seed = 1, .sections = { { .name = "B", .startBar = 8, .pattern = {} } } };
     song.sections[0].pattern.hits = { hit (1.5, 0.11) };
 
-    // 8 bars and one and a half beats are 32160 ticks.
-    EXPECT_TRUE (contains (MidiFileWriter::bytesOf (song, 120), { 'T', 'w', 'o', 0x81, 0xFB, 0x20, 0x99, 36, 100 }));
+    const auto empty = [] (int bpm, const std::string& name = "") { return MidiFileWriter::buildMidiFileBytes ({}, 1, bpm, name); };
+    const std::pair<Bytes, Bytes> files[] { { empty (120), { 0xFF, 0x51, 0x03, 0x07, 0xA1, 0x20 } },
+                                            { empty (20), { 0xFF, 0x51, 0x03, 0x1E, 0x84, 0x80 } },
+                                            { empty (400), { 0xFF, 0x51, 0x03, 0x03, 0x0D, 0x40 } },
+                                            { empty (174), { 0xFF, 0x51, 0x03, 0x05, 0x42, 0xFB } }, // 344827.6 is cut, not rounded
+                                            { empty (120, std::string (200, '\xC3')), { 0xFF, 0x03, 0x81, 0x48, 0xC3 } },
+                                            // 8 bars and one and a half beats are 32160 ticks.
+                                            { MidiFileWriter::bytesOf (song, 120), { 'T', 'w', 'o', 0x81, 0xFB, 0x20, 0x99, 36, 100 } } };
+
+    for (const auto& [bytes, part] : files)
+        EXPECT_NE (std::search (bytes.begin(), bytes.end(), part.begin(), part.end()), bytes.end()) << testing::PrintToString (part);
 }
 
 TEST (MidiFileWriter, SaysWhyAFileCannotBeWritten)
 {
-    const auto failureOf = [] (const std::string& path)
+    for (const auto& [path, reason] : { std::pair<std::string, std::string> { testing::TempDir(), "Could not open the destination file." },
+                                        { testing::TempDir() + "no/such/folder/a.mid", "Could not open the destination file." },
+                                        { "", "Could not open the destination file." },
+                                        { "/dev/full", "The MIDI file could not be written completely." } })
     {
         std::string error;
         EXPECT_FALSE (MidiFileWriter::savePatternToMidiFile (path, {}, 120, &error)) << path;
         EXPECT_FALSE (MidiFileWriter::saveSongToMidiFile (path, {}, 120)) << path; // the error text may be absent
-        return error;
-    };
-
-    EXPECT_EQ (failureOf (testing::TempDir()), "Could not open the destination file.");
-    EXPECT_EQ (failureOf (testing::TempDir() + "no/such/folder/a.mid"), "Could not open the destination file.");
-    EXPECT_EQ (failureOf (""), "Could not open the destination file.");
-
-    EXPECT_EQ (failureOf ("/dev/full"), "The MIDI file could not be written completely.");
+        EXPECT_EQ (error, reason);
+    }
 }
 
 } // namespace pulsewright

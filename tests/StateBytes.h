@@ -35,23 +35,6 @@ inline juce::MemoryBlock framed (const juce::String& text)
     return stream.getMemoryBlock();
 }
 
-/** A host's save with these bytes in the place of the plug-in's own. */
-inline juce::MemoryBlock hostStateWith (juce::MemoryBlock pluginBytes)
-{
-    // The wrapper's own trailer, well-formed and empty: eight zero bytes, its length, its name.
-    juce::MemoryOutputStream trailer;
-    trailer.writeInt64 (0);
-    trailer.writeInt64 (0);
-    trailer.write ("JUCEPrivateData", 15);
-    pluginBytes.append (trailer.getData(), trailer.getDataSize());
-
-    juce::XmlElement xml ("VST3PluginState");
-    xml.createNewChildElement ("IComponent")->addTextElement (pluginBytes.toBase64Encoding());
-    juce::MemoryBlock state;
-    juce::AudioProcessor::copyXmlToBinary (xml, state);
-    return state;
-}
-
 inline juce::String parameterElement (const char* id, const juce::String& value)
 {
     return "<PARAM id=\"" + juce::String (id) + "\" value=\"" + value + "\"/>";

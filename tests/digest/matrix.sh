@@ -6,9 +6,8 @@
 # play, and holds each against tests/data/music-digest.txt. Exits with 1 when the music differs somewhere;
 # where a tool is not installed, the cell says so and does not count.
 #
-# Usage: matrix.sh [--install | --packages]
-#   --install   installs what is missing first (Debian, as root)
-#   --packages  only prints the packages that the whole matrix takes
+# Usage: matrix.sh [--packages]
+#   --packages  only prints the packages of Debian's that the whole matrix takes
 set -u -o pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.." || exit 2
 
@@ -16,20 +15,15 @@ readonly packages=(
     g++ clang libc++-dev libc++abi-dev locales g++-aarch64-linux-gnu g++-s390x-linux-gnu qemu-user
     g++-mingw-w64-x86-64-posix wine wine64)
 
-install_all() {
-    { apt-get update -q && DEBIAN_FRONTEND=noninteractive apt-get install -q -y --no-install-recommends "${packages[@]}"; } > /dev/null
-}
-
 case "${1:-}" in
     "") ;;
     --packages) printf '%s\n' "${packages[@]}"; exit 0 ;;
-    --install)  install_all || exit 2 ;;
-    *)          sed -n '/^# Usage/,/^set/ s/^# //p' "${BASH_SOURCE[0]}" >&2; exit 2 ;;
+    *) echo "usage: matrix.sh [--packages]" >&2; exit 2 ;;
 esac
 
 # What the build compiles with: the language, and the flag that the music hangs on.
 readonly flags=(-std=c++20 -ffp-contract=off -Isource)
-readonly sources=(tools/MusicDigest.cpp source/generation/*.cpp source/export/MidiFileWriter.cpp)
+readonly sources=(tests/support/MusicDigest.cpp source/generation/*.cpp source/export/MidiFileWriter.cpp)
 readonly expected=$PWD/tests/data/music-digest.txt
 
 scratch=$(mktemp -d) || exit 2
@@ -44,36 +38,22 @@ printf '#include <random>\nint main() { return static_cast<int> (std::mt19937 (1
 #===============================================================================
 wrong=0
 
-row() { printf '%-34s %-20s %4s\n' "$@"; }
+row() { printf '%-34s %-20s %4s\n' "$1" "$2" "$SECONDS s"; }
 
-# ended CELL WANTED RESULT: one row, and under it what the program or the compiler had to say, if it is wrong.
-ended() {
-    local cell=$1 wanted=$2 result=$3
+# run CELL WANTED COMMAND...: one row, and under it what the program had to say, if it is wrong. In the scratch folder, for
+# the program writes a file.
+run() {
+    local cell=$1 wanted=$2 result=equal; shift 2
+    (cd "$scratch" && "$@") > "$scratch/output" 2> "$scratch/log" || result="failed, $?"
+    tr -d '\r' < "$scratch/output" > "$scratch/digest"
+    [ "$result" != equal ] || cmp -s "$scratch/digest" "$expected" || result=differs
 
     if [ "$result" != "$wanted" ]; then
         wrong=1
-        row "$cell" "${result^^}" "$SECONDS s"
-        { grep -v -x -F -f "$expected" "$scratch/digest"; [ "$result" = differs ] || tail -n 5 "$scratch/log"; } | sed 's/^/    /'
-    elif [ "$wanted" = differs ]; then
-        row "$cell" "differs, as it must" "$SECONDS s"
+        row "$cell" "${result^^}"
+        { grep -v -x -F -f "$expected" "$scratch/digest"; tail -n 5 "$scratch/log"; } | sed 's/^/    /'
     else
-        row "$cell" "$result" "$SECONDS s"
-    fi
-}
-
-# run CELL WANTED COMMAND...: in the scratch folder, for the program writes a file.
-run() {
-    local cell=$1 wanted=$2 status; shift 2
-    (cd "$scratch" && "$@" "$expected") > "$scratch/output" 2> "$scratch/log"
-    status=$?
-    tr -d '\r' < "$scratch/output" > "$scratch/digest"
-
-    if [ $status -gt 1 ]; then
-        ended "$cell" "$wanted" "failed, $status"
-    elif cmp -s "$scratch/digest" "$expected"; then
-        ended "$cell" "$wanted" equal
-    else
-        ended "$cell" "$wanted" differs
+        row "$cell" "$result$([ "$wanted" = equal ] || echo ", as it must")"
     fi
 }
 
@@ -82,35 +62,25 @@ cell() {
     local name=$1 wanted=$2 runner=$3; shift 3
     SECONDS=0
     rm -f "$scratch"/*.exe
-    : > "$scratch/digest"
 
     if ! { "$@" "$scratch/probe.cpp" -o "$scratch/probe.exe" && (cd "$scratch" && $runner ./probe.exe); } > "$scratch/log" 2>&1; then
-        row "$name" "not available" ""
-    elif ! "$@" "${sources[@]}" -o "$scratch/program.exe" > "$scratch/log" 2>&1; then
-        ended "$name" "$wanted" "not built"
+        row "$name" "not available"
     else
-        run "$name" "$wanted" $runner ./program.exe
+        run "$name" "$wanted" sh -c 'runner=$1; shift; cd "$0" && "$@" && cd - > /dev/null && $runner ./program.exe' \
+            "$PWD" "$runner" "$@" "${sources[@]}" -o "$scratch/program.exe"
     fi
 }
-
-made_locale() { [ "$1" = C ] || localedef -i "${1%.*}" -f "${1#*.}" "$scratch/$1"; }
 
 # locale_cell NAME: in a locale that is made here, so that it need not be installed.
 locale_cell() {
-    local name=$1
     SECONDS=0
-
-    if [ ! -x "$scratch/program.exe" ] || ! made_locale "$name" > "$scratch/log" 2>&1; then
-        row "locale $name" "not available" ""
-        return
-    fi
-
-    run "locale $name" equal env LOCPATH="$scratch" LC_ALL="$name" ./program.exe --locale
-    grep -q "^locale $name," "$scratch/log" || ended "" equal "not in the locale"
+    [ "$1" = C ] || localedef -i "${1%.*}" -f "${1#*.}" "$scratch/$1" > "$scratch/log" 2>&1 || { row "locale $1" "not available"; return; }
+    run "locale $1" equal env LOCPATH="$scratch" LC_ALL="$1" ./program.exe --locale
+    grep -q "^locale $1," "$scratch/log" || { wrong=1; row "locale $1" "NOT IN THE LOCALE"; }
 }
 
 #===============================================================================
-row "built for, with" result ""
+printf '%-34s %s\n' "built for, with" result
 printf '%.0s-' {1..60}; echo
 
 for options in "-O0" "-O2" "-O3" "-O3 -march=native"; do

@@ -2,7 +2,7 @@
 # SPDX-FileCopyrightText: 2026 Tolm
 # SPDX-License-Identifier: AGPL-3.0-only
 
-"""A Qt program's window that takes drops; it prints what xdnd-receiver prints.
+"""A Qt program's window that takes drops; it prints what xdnd_receiver.py prints.
 
 Usage: qt_receiver.py X Y WIDTH HEIGHT (Debian's Python, which has PyQt)
 """
