@@ -3,7 +3,7 @@
 
 #include "ReferenceCases.h"
 
-#include <numeric>
+#include <limits>
 
 namespace pulsewright
 {
@@ -36,6 +36,8 @@ TEST (SongBuilder, SharesOutTheBars)
         {   64, 2, { 8, 8, 8, 16, 16, 8 } },
         {    1, 3, { 2, 6, 6, 2 } },                   // never shorter than 16
         { 1000, 1, { 38, 77, 77, 77, 77, 38 } },       // nor longer than 384
+        { std::numeric_limits<std::int32_t>::max(), 3, { 48, 144, 144, 48 } },
+        { std::numeric_limits<std::int32_t>::min(), 0, { 7, 13, 7, 13, 13, 7, 13, 7 } }, // the genre's own length
         {   16, 4, { 1, 3, 1, 3, 3, 1, 3, 1 } }        // one past the last structure is Classic
     };
     // clang-format on
@@ -46,11 +48,16 @@ TEST (SongBuilder, SharesOutTheBars)
         const auto song = SongBuilder::buildSong ({}, c.asked, c.structure);
 
         std::vector<std::int32_t> bars;
+        std::uint32_t end = 0;
         for (const auto& section : song.sections)
+        {
+            EXPECT_EQ (section.startBar, end);
             bars.push_back (section.pattern.bars);
+            end += static_cast<std::uint32_t> (section.pattern.bars);
+        }
 
         EXPECT_EQ (bars, c.bars);
-        EXPECT_EQ (song.totalBars, static_cast<std::uint32_t> (std::accumulate (bars.begin(), bars.end(), 0)));
+        EXPECT_EQ (song.totalBars, end);
     }
 }
 
