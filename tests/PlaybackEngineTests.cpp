@@ -329,7 +329,7 @@ TEST (Lv2Transport, KeepsTheBeatThatTheHostDoesNotName)
     const auto atBar = [] (std::int64_t sample, double beat, std::optional<std::int64_t> bar)
     { return HostPosition { .isRolling = true, .beat = beat, .tempo = 60.0, .sample = sample, .bar = bar, .beatsPerBar = 4, .loop = {} }; };
     constexpr auto latest = std::numeric_limits<std::int64_t>::max(), earliest = std::numeric_limits<std::int64_t>::min();
-    constexpr auto nan    = std::numeric_limits<double>::quiet_NaN();
+    constexpr auto nan = std::numeric_limits<double>::quiet_NaN();
 
     // clang-format off
     const std::vector<Block> stories[] {
