@@ -195,17 +195,27 @@ def note_ons(dump):
 
 
 def compare_notes(heard, hits, tolerance, what):
-    """That note-ons are the hits, in time from the first one on. Returns the sample of beat 0."""
-    heard, wanted = sorted(heard), sorted(hits)
+    """That the first note-ons are the hits, in time from the first one on. Returns the sample of beat 0.
+
+    On a busy machine JACK loses a cycle now and then: all that follows is then a whole block early or late."""
+    heard, wanted = sorted(heard)[: len(hits)], sorted(hits)
     require(f"{len(wanted)} onsets in {what}", len(heard) == len(wanted), f"{len(heard)}, the first ones {heard[:8]}")
     start = heard[0][0] - int(wanted[0][0] * SAMPLES_PER_BEAT)
+    lost = 0
 
     # Hits that are closer than the tolerance may come in another order.
-    for note in {hit[1] for hit in wanted}:
-        for (sample, _, velocity), hit in zip([n for n in heard if n[1] == note], [h for h in wanted if h[1] == note]):
-            require(f"note {note} of beat {hit[0]:.3f} at sample {start + hit[0] * SAMPLES_PER_BEAT:.1f} +- {tolerance} in {what}",
-                    abs(sample - start - hit[0] * SAMPLES_PER_BEAT) <= tolerance and velocity == hit[2], (sample, velocity))
+    notes = {note: iter([each for each in heard if each[1] == note]) for note in {hit[1] for hit in wanted}}
+    for beat, note, velocity in wanted:
+        sample, _, heard_velocity = next(notes[note], (0, note, 0))
+        late = sample - start - beat * SAMPLES_PER_BEAT - lost
+        cycles = round(late / BLOCK) * BLOCK
+        if abs(late - cycles) <= tolerance:
+            lost, late = lost + cycles, late - cycles
+        require(f"note {note} of beat {beat:.3f} at sample {start + beat * SAMPLES_PER_BEAT:.1f} +- {tolerance} in {what}",
+                abs(late) <= tolerance and heard_velocity == velocity and abs(lost) <= 8 * BLOCK, (sample, heard_velocity))
 
+    if lost:
+        print(f"JACK lost {lost // BLOCK} cycles in {what}")
     return start
 
 
@@ -227,11 +237,9 @@ def loop_in_ardour(scratch, bundle, tool):
         time.sleep(0.5)
 
     heard = note_ons(dump)
-    require("onsets", heard, "none")
-    end = heard[0][0] + passes * LENGTH * SAMPLES_PER_BEAT - 4 * ARDOURS_ROUNDING
-    inside = [note for note in heard if note[0] < end]
-    compare_notes(inside, looped(passes * LENGTH, restored_groove(tool)), 2 * ARDOURS_ROUNDING, f"{passes} passes of Ardour's loop")
-    print(f"ok: {passes} passes of Ardour's loop, {len(inside)} onsets, each once")
+    hits = looped(passes * LENGTH, restored_groove(tool))
+    compare_notes(heard, hits, 2 * ARDOURS_ROUNDING, f"{passes} passes of Ardour's loop")
+    print(f"ok: {passes} passes of Ardour's loop, {len(hits)} onsets, each once")
 
 
 def roll_in_jalv(scratch, _, __):
@@ -249,13 +257,10 @@ def roll_in_jalv(scratch, _, __):
     require("onsets", heard, "none")
     second = next((i for i in range(1, len(heard)) if heard[i][0] - heard[i - 1][0] > SAMPLE_RATE), len(heard))
 
-    # A dump may take some samples more or less for a stop: eight beats of each roll are enough.
     for roll, what in (heard[:second], "jalv's first roll"), (heard[second:], "jalv's second roll"):
-        require(f"onsets in {what}", roll, "none")
-        notes = [note for note in roll if note[0] < roll[0][0] + LENGTH * SAMPLES_PER_BEAT - 16]
-        start = compare_notes(notes, looped(LENGTH), 1, what)
+        start = compare_notes(roll, looped(LENGTH), 1, what)
         require(f"{what} to begin with a block", start % BLOCK == 0, start)
-        print(f"ok: {what}: {len(notes)} onsets, each at its sample")
+        print(f"ok: {what}: {len(looped(LENGTH))} onsets, each at its sample")
 
 
 def roll_in_qtractor(scratch, _, tool):
