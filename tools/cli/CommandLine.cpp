@@ -44,7 +44,9 @@ namespace
         const auto options = optionsOf (command);
 
         for (const auto& option : options)
-            if (! std::holds_alternative<NoValue> (option.values))
+            if (std::holds_alternative<Flag> (option.values))
+                app.add_flag_function (option.name, [&given, name = option.name] (auto) { given[name] = ""; });
+            else if (! std::holds_alternative<NoValue> (option.values))
                 app.add_option (option.name,
                                 [&given, name = option.name] (const CLI::results_t& words)
                                 {
@@ -161,6 +163,12 @@ double CommandLine::numberOf (const std::string& option) const
 {
     const auto& found = rowOf (option);
     return valueOf (found, has (option) ? given.at (option) : found.byDefault);
+}
+
+Limits CommandLine::limits (const std::string& option) const
+{
+    const auto& found = rowOf (option);
+    return limitsOf (found, has (option) ? given.at (option) : found.byDefault);
 }
 
 std::vector<std::size_t> CommandLine::indices (const std::string& option) const

@@ -40,6 +40,9 @@ public:
         return static_cast<Value> (numberOf (option));
     }
 
+    /** A range, or the default one. */
+    Limits limits (const std::string& option) const;
+
     /** The indices of several names. */
     std::vector<std::size_t> indices (const std::string& option) const;
 

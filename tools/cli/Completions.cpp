@@ -48,12 +48,13 @@ namespace
 
     bool isFile (const Option& option)
     {
-        return std::holds_alternative<File> (option.values);
+        return std::holds_alternative<File> (option.values) || std::holds_alternative<InputFile> (option.values)
+            || std::holds_alternative<Folder> (option.values);
     }
 
     bool hasValue (const Option& option)
     {
-        return ! std::holds_alternative<NoValue> (option.values);
+        return ! std::holds_alternative<NoValue> (option.values) && ! std::holds_alternative<Flag> (option.values);
     }
 
     //==============================================================================

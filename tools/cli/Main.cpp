@@ -4,6 +4,7 @@
 // pulsewright-cli: the same music without a host.
 
 #include "CommandLine.h"
+#include "FindCommand.h"
 #include "Output.h"
 #include "OutputFile.h"
 
@@ -25,11 +26,10 @@ namespace
     //==============================================================================
     // What the options mean.
 
-    GenerationSettings settingsOf (const CommandLine& line)
+    /** The knobs, with the opening style and take. */
+    GenerationSettings knobsOf (const CommandLine& line)
     {
         GenerationSettings settings;
-        settings.genre = line.get<Genre> ("--genre");
-        settings.seed  = line.has ("--salt") ? line.get ("--salt") : saltOf (line.get ("--take"));
 
         // Through the steps of the plug-in's parameters, so that the same shown values play the same music.
         auto values = settings.values();
@@ -38,6 +38,14 @@ namespace
             values[i] = snapPercent (line.get<float> (settingOption (i)));
 
         settings.setValues (values);
+        return settings;
+    }
+
+    GenerationSettings settingsOf (const CommandLine& line)
+    {
+        auto settings  = knobsOf (line);
+        settings.genre = line.get<Genre> ("--genre");
+        settings.seed  = line.has ("--salt") ? line.get ("--salt") : saltOf (line.get ("--take"));
         return settings;
     }
 
@@ -129,15 +137,19 @@ namespace
                               .take   = line.get ("--take") });
     }
 
-    void perform (const CommandLine& line)
+    /** @returns the exit status */
+    int perform (const CommandLine& line)
     {
         switch (line.command())
         {
-            case tool: return print (line.answer());
-            case pattern: return give (line, patternOf (line), gridText);
-            case song: return give (line, songOf (line), tableText);
-            case window: return makePicture (line);
+            case tool: print (line.answer()); break;
+            case pattern: give (line, patternOf (line), gridText); break;
+            case song: give (line, songOf (line), tableText); break;
+            case window: makePicture (line); break;
+            case find: return findGrooves (line, knobsOf (line), isColourWanted());
         }
+
+        return 0;
     }
 
     //==============================================================================
@@ -154,8 +166,7 @@ namespace
         try
         {
             prepareProcessForWriting();
-            perform (CommandLine (argc, argv));
-            return 0;
+            return perform (CommandLine (argc, argv));
         }
         catch (const BadArgument& error)
         {

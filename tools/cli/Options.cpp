@@ -6,6 +6,7 @@
 #include "generation/GenerationSettings.h"
 #include "generation/SongBuilder.h"
 #include "processor/kit/DrumSound.h"
+#include "search/GrooveTarget.h"
 
 #include <algorithm>
 #include <array>
@@ -45,12 +46,13 @@ namespace
     }
 
     // clang-format off
-    constexpr std::array<CommandRow, 4> rows
+    constexpr std::array<CommandRow, 5> rows
     {{
         { tool,    "",        "Generates drum grooves and whole songs from a seed: the same music as the plug-in, without a host." },
         { pattern, "pattern", "Generates one groove or fill." },
         { song,    "song",    "Builds a whole song." },
-        { window,  "window",  "Renders the plug-in's window, without a display." }
+        { window,  "window",  "Renders the plug-in's window, without a display." },
+        { find,    "find",    "Looks through takes for the grooves nearest to an example or a shape." }
     }};
 
     constexpr Whole any32Bits   { 0, std::numeric_limits<std::uint32_t>::max() };
@@ -59,7 +61,12 @@ namespace
     constexpr Whole tempos      { 30, 300 }; // what a MIDI file takes
     constexpr Whole pixels      { 1, 4000 };
     constexpr unsigned music    = pattern | song;
-    constexpr unsigned anyOne   = music | window;
+    constexpr unsigned anyOne   = music | window | find;
+    constexpr unsigned groove   = pattern | find;
+    constexpr Range takes       { any32Bits };
+    constexpr Whole places      { 1, 1000 };
+    constexpr Whole threads     { 1, 1024 };
+    constexpr Signs shapes      { GrooveTarget::shapeSigns, 16 };
 
     /** The genre's average is called by its first word. */
     std::vector<std::string_view> durationNames()
@@ -79,18 +86,29 @@ namespace
 
         return
         {
-            { anyOne,  "--genre",     "NAME|N",         "Style",                                 "Boom Bap",       genres },
-            { pattern, "--section",   "NAME|N",         "What it is for",                        "Verse",          sections },
+            { find,    "--like",      "FILE",           "What to come near: a MIDI file, or JSON from pattern", "none", InputFile() },
+            { find,    "--kick",      "SHAPE",          "What to come near in this lane, a sign for each sixteenth: a stroke, none, any or none, a soft one, an accent", "any", shapes },
+            { find,    "--snare",     "SHAPE",          "The same for the snare",                "any",            shapes },
+            { find,    "--hats",      "SHAPE",          "The same for the hats",                 "any",            shapes },
+            { find,    "--perc",      "SHAPE",          "The same for percussion",               "any",            shapes },
+            { music | window, "--genre", "NAME|N",      "Style",                                 "Boom Bap",       genres },
+            { find,    "--genre",     "NAME|N|all",     "Style",                                 "Boom Bap",       NameNumberOrAll { genres } },
+            { groove,  "--section",   "NAME|N",         "What it is for",                        "Verse",          sections },
             { pattern, "--bars",      "N",              "Length in bars",                        "2",              patternBars },
+            { find,    "--bars",      "N",              "Length in bars",                        "2, or the example's up to 8", patternBars },
             { song,    "--structure", "NAME|N",         "Its form",                              "Classic",        structures },
             { song,    "--duration",  "TIME",           "Length, or the genre's average",        "genre",          durations, {}, "--bars" },
             { song,    "--bars",      "N",              "Length in bars",                        "the duration's", songBars },
-            { anyOne,  "--take",      "N",              "The take, as the plug-in counts them",  "1",              any32Bits },
+            { music | window, "--take", "N",              "The take, as the plug-in counts them",  "1",              any32Bits },
             { music,   "--salt",      "N",              "The number that a take is turned into", "the take's",     any32Bits, {}, "--take" },
             { pattern, "--seed",      "N",              "Seed beside the salt",                  "0",              any32Bits },
             { pattern, "--mutate",    "N",              "Mutate it once with this seed",         "none",           any32Bits },
             { pattern, "--lock",      "LANE[,LANE...]", "Lanes that the mutation keeps",         "none",           lanes, "--mutate" },
-            { music,   "--tempo",     "BPM",            "Beats per minute",                      "the genre's",    tempos }
+            { music,   "--tempo",     "BPM",            "Beats per minute",                      "the genre's",    tempos },
+            { find,    "--takes",     "FIRST-LAST",     "The takes to look through",             "1-1000000",      takes },
+            { find,    "--vary",      "",               "Try a grid of density, syncopation and variation as well", "", Flag() },
+            { find,    "--top",       "N",              "How many to show",                      "10",             places },
+            { find,    "--jobs",      "N",              "Threads",                               "all cores",      threads }
         };
     }
 
@@ -101,7 +119,8 @@ namespace
 
         return
         {
-            { music,  "--json",   "FILE|-", "Write the notes as JSON; - is the standard output",               "none",     File() },
+            { music | find, "--json", "FILE|-", "Write the notes as JSON; - is the standard output",           "none",     File() },
+            { find,   "--save",   "DIR",    "Write each groove as a MIDI file into this folder",               "none",     Folder() },
             { music,  "--midi",   "FILE|-", "Write a Standard MIDI File",                                      "none",     File() },
             { music,  "--wav",    "FILE|-", "Play it once and write the sound; .flac and .ogg are other kinds", "none",     File() },
             { music,  "--kit",    "NAME",   "Sound of --wav",                                                  "Studio",   kits, "--wav" },
@@ -122,7 +141,7 @@ namespace
         std::vector<Option> options;
 
         for (std::size_t i = 0; i < allSettings.size(); ++i)
-            options.push_back ({ music, settingOption (i), "X", allSettings[i].help, digitsOf (defaults[i]), Decimal { 0.0, 1.0 } });
+            options.push_back ({ music | find, settingOption (i), "X", allSettings[i].help, digitsOf (defaults[i]), Decimal { 0.0, 1.0 } });
 
         return options;
     }
@@ -148,6 +167,8 @@ namespace
     }
 
     //==============================================================================
+    constexpr std::string_view allOfThem = "all";
+
     /** Reads one value; nothing where it cannot be read. */
     struct Reader
     {
@@ -173,8 +194,41 @@ namespace
             return number ? number : (*this) (static_cast<const Name&> (one));
         }
 
-        std::optional<double> operator() (const File&) const { return 0.0; }
-        std::optional<double> operator() (const NoValue&) const { return 0.0; }
+        std::optional<double> operator() (const NameNumberOrAll& one) const
+        {
+            return equalsIgnoringCase (text, allOfThem) ? static_cast<double> (one.names.size()) : (*this) (static_cast<const NameOrNumber&> (one));
+        }
+
+        std::optional<double> operator() (const Range& range) const { return limits (range) ? std::optional (0.0) : std::nullopt; }
+
+        std::optional<double> operator() (const Signs& kind) const
+        {
+            const bool areAllSigns = text.find_first_not_of (kind.signs) == text.npos;
+            return areAllSigns && ! text.empty() && text.size() % kind.group == 0 ? std::optional (0.0) : std::nullopt;
+        }
+
+        /** Files and folders: any text; and what takes none. */
+        template <typename AnyText>
+        std::optional<double> operator() (const AnyText&) const
+        {
+            return 0.0;
+        }
+
+        std::optional<Limits> limits (const Range& range) const
+        {
+            const auto dash = text.find ('-');
+
+            if (dash == text.npos)
+                return {};
+
+            const auto first = Reader { text.substr (0, dash) }(static_cast<const Whole&> (range));
+            const auto last  = Reader { text.substr (dash + 1) }(static_cast<const Whole&> (range));
+
+            if (! first || ! last || *first > *last)
+                return {};
+
+            return Limits { static_cast<std::uint32_t> (*first), static_cast<std::uint32_t> (*last) };
+        }
 
     private:
         static std::optional<double> inRange (const auto& range, std::optional<double> value)
@@ -189,14 +243,42 @@ namespace
         std::string operator() (const Whole& range) const { return digitsOf (range.least) + " to " + digitsOf (range.most); }
         std::string operator() (const Decimal& range) const { return digitsOf (range.least) + " to " + digitsOf (range.most); }
         std::string operator() (const Name& one) const { return listed (one.names); }
-        std::string operator() (const File&) const { return {}; }
-        std::string operator() (const NoValue&) const { return {}; }
+        std::string operator() (const Range& range) const { return "such as 1-1000, from " + (*this) (static_cast<const Whole&> (range)); }
 
         std::string operator() (const NameOrNumber& one) const
         {
             return listed (one.names) + ", or their numbers from 0 to " + digitsOf (one.names.size() - 1);
         }
+
+        std::string operator() (const NameNumberOrAll& one) const
+        {
+            return (*this) (static_cast<const NameOrNumber&> (one)) + ", or " + std::string (allOfThem);
+        }
+
+        std::string operator() (const Signs& kind) const
+        {
+            std::string signs;
+            for (const char sign : kind.signs)
+                signs.append (1, sign).append (" ");
+            return signs + "in whole bars of " + digitsOf (kind.group);
+        }
+
+        template <typename AnyText>
+        std::string operator() (const AnyText&) const
+        {
+            return {};
+        }
     };
+
+    BadArgument notOneOf (const Option& option, std::string_view text)
+    {
+        const auto* kind = std::holds_alternative<Whole> (option.values)   ? "\" is not a whole number from "
+                         : std::holds_alternative<Decimal> (option.values) ? "\" is not a number from "
+                         : std::holds_alternative<Range> (option.values)   ? "\" is not a range of numbers "
+                         : std::holds_alternative<Signs> (option.values)   ? "\" is not made of the signs "
+                                                                           : "\" is none of ";
+        return BadArgument (option.name + ": \"" + std::string (text) + kind + described (option.values));
+    }
 } // namespace
 
 //==============================================================================
@@ -248,10 +330,15 @@ double valueOf (const Option& option, std::string_view text)
     if (const auto value = std::visit (Reader { digits }, option.values))
         return *value;
 
-    const auto* kind = std::holds_alternative<Whole> (option.values)   ? "\" is not a whole number from "
-                     : std::holds_alternative<Decimal> (option.values) ? "\" is not a number from "
-                                                                       : "\" is none of ";
-    throw BadArgument (option.name + ": \"" + std::string (text) + kind + described (option.values));
+    throw notOneOf (option, text);
+}
+
+Limits limitsOf (const Option& option, std::string_view text)
+{
+    if (const auto limits = Reader { text }.limits (std::get<Range> (option.values)))
+        return *limits;
+
+    throw notOneOf (option, text);
 }
 
 std::vector<std::string_view> commaSeparated (std::string_view text)

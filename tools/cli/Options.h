@@ -29,7 +29,8 @@ enum Command : unsigned
     tool    = 1,
     pattern = 2,
     song    = 4,
-    window  = 8
+    window  = 8,
+    find    = 16
 };
 
 struct CommandRow
@@ -54,6 +55,10 @@ struct Name
 struct NameOrNumber : Name
 {};
 
+/** The same, or "all", which counts as one past the last. */
+struct NameNumberOrAll : NameOrNumber
+{};
+
 /** Any of these, with commas between them. */
 struct Names : Name
 {};
@@ -70,13 +75,37 @@ struct Decimal
     double least, most;
 };
 
+/** Two whole numbers with '-' between them, the first not above the second. */
+struct Range : Whole
+{};
+
+/** A row of these signs, in whole groups. */
+struct Signs
+{
+    std::string_view signs;
+    std::size_t group;
+};
+
+/** Something to write. */
 struct File
 {};
 
+/** Something to read. */
+struct InputFile
+{};
+
+struct Folder
+{};
+
+/** Takes no value, and is not an action of its own. */
+struct Flag
+{};
+
+/** Takes no value: the program answers and ends. */
 struct NoValue
 {};
 
-using Values = std::variant<NoValue, File, Name, NameOrNumber, Names, Whole, Decimal>;
+using Values = std::variant<NoValue, Flag, File, InputFile, Folder, Name, NameOrNumber, NameNumberOrAll, Names, Whole, Range, Decimal, Signs>;
 
 struct Option
 {
@@ -106,6 +135,14 @@ std::string described (const Values& values);
     @throws BadArgument  naming the option and its choices or its range
 */
 double valueOf (const Option& option, std::string_view text);
+
+/** What a range means to an option. @throws BadArgument  as valueOf() does */
+struct Limits
+{
+    std::uint32_t first, last;
+};
+
+Limits limitsOf (const Option& option, std::string_view text);
 
 /** The parts of a text between commas. */
 std::vector<std::string_view> commaSeparated (std::string_view text);

@@ -6,6 +6,7 @@
 #pragma once
 
 #include "generation/SongArrangement.h"
+#include "search/TakeSearch.h"
 
 #include <cstdint>
 #include <string>
@@ -26,6 +27,14 @@ std::string onOneLine (std::string_view message);
 /** Doubles are printed so that they read back to the same bits. */
 std::string jsonText (const DrumPattern& pattern);
 std::string jsonText (const SongArrangement& song);
+
+/** @param query  what was searched */
+std::string jsonText (const TakesFound& found, const TakeQuery& query);
+
+/** A line for each, with the command that repeats it: sorted by their characters, lines of several searches are in the
+    order of one. Then the nearest as a grid.
+*/
+std::string listText (const TakesFound& found, const TakeQuery& query, bool inColour);
 
 /** Plays the song once with the plug-in's own playback and kit, and writes it: 48 kHz, stereo, as long as the music
     and exactly one second more. Shows progress on a terminal.

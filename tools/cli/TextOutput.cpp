@@ -3,6 +3,10 @@
 
 #include "Output.h"
 
+#include "Options.h"
+
+#include "generation/GenreProfile.h"
+
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
@@ -115,6 +119,47 @@ namespace
                  { "seed", pattern.seed },
                  { "hits", std::move (hits) } };
     }
+
+    //==============================================================================
+    /** In hits: a full kick too many is 1. */
+    double inHits (Distance distance) noexcept
+    {
+        return static_cast<double> (distance) / GrooveTarget::unit;
+    }
+
+    /** A setting's thousandths, as they are typed. */
+    std::string typed (float setting)
+    {
+        auto text = printed ("%.3f", static_cast<double> (setting));
+        text.erase (text.find_last_not_of ('0') + 1);
+        return text.append (text.ends_with ('.') ? "0" : "");
+    }
+
+    std::string inQuotes (std::string_view name)
+    {
+        const bool isWord = name.find (' ') == name.npos;
+        return isWord ? std::string (name) : printed ("\"%s\"", std::string (name).c_str());
+    }
+
+    /** The command that makes a groove again. */
+    std::string commandOf (const FoundTake& found, const TakeQuery& query)
+    {
+        const auto& settings = query.settings[found.settings];
+        const auto& pattern  = found.pattern;
+        auto text            = "pulsewright-cli pattern --genre " + inQuotes (nameOf (settings.genre)) + " --take " + std::to_string (found.take);
+
+        if (pattern.sectionType != DrumPattern().sectionType)
+            text.append (" --section ").append (inQuotes (nameOf (pattern.sectionType)));
+
+        if (pattern.bars != DrumPattern().bars)
+            text.append (" --bars ").append (std::to_string (pattern.bars));
+
+        for (std::size_t i = 0; i < allSettings.size(); ++i)
+            if (const auto field = allSettings[i].field; settings.*field != snapPercent (GenerationSettings().*field))
+                text.append (" ").append (settingOption (i)).append (" ").append (typed (settings.*field));
+
+        return text;
+    }
 } // namespace
 
 std::string gridText (const DrumPattern& pattern, int tempoBpm, bool inColour)
@@ -209,6 +254,40 @@ std::string jsonText (const SongArrangement& song)
 
     const Json json { { "name", song.name }, { "totalBars", song.totalBars }, { "seed", song.seed }, { "sections", std::move (sections) } };
     return json.dump() + "\n";
+}
+
+std::string jsonText (const TakesFound& found, const TakeQuery& query)
+{
+    auto takes = Json::array();
+
+    for (const auto& take : found.takes)
+        takes.push_back ({ { "genre", nameOf (query.settings[take.settings].genre) },
+                           { "take", take.take },
+                           { "distance", inHits (take.distance) },
+                           { "command", commandOf (take, query) },
+                           { "pattern", toJson (take.pattern) } });
+
+    const Json json { { "searched", found.searched }, { "takes", std::move (takes) } };
+    return json.dump() + "\n";
+}
+
+std::string listText (const TakesFound& found, const TakeQuery& query, bool inColour)
+{
+    auto text = styled (dimText, printed ("%12s %5s %10s %10s  %s", "distance", "style", "take", "seed", "command"), inColour) + "\n";
+
+    for (const auto& take : found.takes)
+        text += printed ("%12.6f %5u %10u %10u  ",
+                         inHits (take.distance),
+                         static_cast<unsigned> (query.settings[take.settings].genre),
+                         take.take,
+                         take.pattern.seed)
+              + commandOf (take, query) + "\n";
+
+    if (found.takes.empty())
+        return text;
+
+    const auto& nearest = found.takes.front();
+    return text + "\n" + gridText (nearest.pattern, profileOf (query.settings[nearest.settings].genre).tempoBpm, inColour);
 }
 
 } // namespace pulsewright::cli
