@@ -11,14 +11,16 @@
 #include "generation/GroovePlan.h"
 
 #include <cstdint>
+#include <span>
 #include <vector>
 
 namespace pulsewright
 {
 
 /** A lower bound of the distance as a sum over what is played: everything that is wanted is missing at first, and each
-    candidate that is played takes off at most what it can stand for, or adds what it costs as a stroke too many. By the
-    duality of assignment problems no sum of these is above the distance.
+    candidate that is played takes off at most what it can stand for, or adds what it costs as a stroke too many. Where two
+    are after the same stroke, what they take off twice is added again. By the duality of assignment problems no sum of
+    these is above the distance.
 */
 class TakeBound
 {
@@ -39,7 +41,11 @@ public:
 
     const std::vector<Bar>& bars() const noexcept { return weighedBars; }
 
+    struct Possible;
+
 private:
+    void weighBar (std::span<const OfferedStroke> offered, std::span<const Possible> all, std::size_t first, const GrooveTarget& target);
+
     std::int32_t base = 0;
     std::vector<Bar> weighedBars;
 };

@@ -15,8 +15,11 @@ namespace pulsewright
 /** What a candidate adds when it is played. */
 struct WeighedStroke
 {
-    std::int32_t limit;  ///< as OfferedStroke has it
-    std::int32_t weight; ///< at most so much nearer (below 0) or farther
+    std::int32_t limit;            ///< as OfferedStroke has it
+    std::int32_t weight;           ///< at most so much nearer (below 0) or farther
+    std::int32_t rival    = -1;    ///< an earlier candidate of the bar that is after the same stroke of the target; -1: none
+    std::int32_t together = 0;     ///< is added when both are played
+    bool isRival          = false; ///< whether a later one names this one
 };
 
 /** Pure but for what the arguments point to. Allocates: never. */
@@ -24,7 +27,8 @@ struct TakeKernels
 {
     static constexpr std::size_t streams = 64; ///< takes side by side
 
-    static constexpr std::size_t stateSize = 624; ///< words of a generator
+    static constexpr std::size_t stateSize   = 624; ///< words of a generator
+    static constexpr std::size_t mostStrokes = 64;  ///< of a bar
 
     const char* name;
 

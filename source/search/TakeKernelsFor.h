@@ -129,6 +129,7 @@ private:
         for (std::size_t first = 0; first < streams; first += together)
         {
             Integers position[vectors], sum[vectors];
+            Integers wasPlayed[TakeKernels::mostStrokes][vectors]; // of rivals only
 
             for (std::size_t v = 0; v < vectors; ++v)
             {
@@ -136,13 +137,20 @@ private:
                 sum[v]      = Integers::load_unaligned (sums + first + v * width);
             }
 
-            for (const auto* stroke = strokes; stroke != strokes + numStrokes; ++stroke)
+            for (std::size_t i = 0; i < numStrokes; ++i)
                 for (std::size_t v = 0; v < vectors; ++v)
                 {
-                    const auto bits   = xsimd::bitwise_cast<Words> (Integers::gather (numbersOfBits, position[v])) >> 8;
-                    const auto played = xsimd::bitwise_cast<Integers> (bits) < Integers (stroke->limit);
-                    sum[v]            = sum[v] + xsimd::select (played, Integers (stroke->weight), Integers (0));
-                    position[v]       = position[v] + xsimd::select (played, Integers (whenDropped + morePlayed), Integers (whenDropped));
+                    const auto* stroke = strokes + i;
+                    const auto bits    = xsimd::bitwise_cast<Words> (Integers::gather (numbersOfBits, position[v])) >> 8;
+                    const auto played  = xsimd::bitwise_cast<Integers> (bits) < Integers (stroke->limit);
+                    sum[v]             = sum[v] + xsimd::select (played, Integers (stroke->weight), Integers (0));
+                    position[v]        = position[v] + xsimd::select (played, Integers (whenDropped + morePlayed), Integers (whenDropped));
+
+                    if (stroke->isRival)
+                        wasPlayed[i][v] = xsimd::select (played, Integers (-1), Integers (0));
+
+                    if (stroke->rival >= 0)
+                        sum[v] = sum[v] + xsimd::select (played, wasPlayed[stroke->rival][v] & Integers (stroke->together), Integers (0));
                 }
 
             for (std::size_t v = 0; v < vectors; ++v)
