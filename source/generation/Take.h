@@ -57,6 +57,12 @@ DrumPattern patternOf (const Take& take);
 /** The song; of a groove the one beside it. Pure; any thread. */
 SongArrangement songOf (const Take& take);
 
+/** A section of a song as a groove of its own. @param section  the one that the song has there */
+Take sectionOf (const Take& song, std::uint32_t index, const DrumPattern& section) noexcept;
+
+/** The song beside a groove; of a song the song itself. */
+Take songBeside (const Take& take) noexcept;
+
 /** The length of the take's song in bars. */
 std::int32_t songBarsOf (const Take& take) noexcept;
 
