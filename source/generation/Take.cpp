@@ -28,6 +28,27 @@ SongArrangement songOf (const Take& take)
     return SongBuilder::buildSong (take.settings, songBarsOf (take), take.structure);
 }
 
+Take sectionOf (const Take& song, std::uint32_t index, const DrumPattern& section) noexcept
+{
+    auto take     = song;
+    take.kind     = Take::Kind::groove;
+    take.section  = section.sectionType;
+    take.bars     = section.bars;
+    take.stream   = SongBuilder::firstSectionSeed + index;
+    take.songBars = 0;
+    return take;
+}
+
+Take songBeside (const Take& take) noexcept
+{
+    auto song    = take;
+    song.kind    = Take::Kind::song;
+    song.section = Take().section;
+    song.bars    = Take().bars;
+    song.stream  = Take().stream;
+    return song;
+}
+
 std::int32_t songBarsOf (const Take& take) noexcept
 {
     if (take.songBars > 0)

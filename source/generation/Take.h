@@ -28,8 +28,8 @@ struct Take
     };
 
     Kind kind             = Kind::groove;
-    std::uint32_t counter = 0;   ///< what the seed counter stood at; 0 is the take that an instance opens with
-    GenerationSettings settings; ///< each value a thousandth, as snapPercent() gives it; the seed is the counter's salt
+    std::uint32_t counter = 0;      ///< what the seed counter stood at; 0 is the take that an instance opens with
+    GenerationSettings settings {}; ///< each value a thousandth, as snapPercent() gives it; the seed is the counter's salt
 
     // The groove's.
     SectionType section  = SectionType::verse;
@@ -56,6 +56,12 @@ DrumPattern patternOf (const Take& take);
 
 /** The song; of a groove the one beside it. Pure; any thread. */
 SongArrangement songOf (const Take& take);
+
+/** A section of a song as a groove of its own. @param section  the one that the song has there */
+Take sectionOf (const Take& song, std::uint32_t index, const DrumPattern& section) noexcept;
+
+/** The song beside a groove; of a song the song itself. */
+Take songBeside (const Take& take) noexcept;
 
 /** The length of the take's song in bars. */
 std::int32_t songBarsOf (const Take& take) noexcept;

@@ -40,8 +40,14 @@ public:
         return static_cast<Value> (numberOf (option));
     }
 
-    /** A range, or the default one. */
-    Limits limits (const std::string& option) const;
+    /** What a range stands for; its default where none is given. */
+    std::pair<std::uint32_t, std::uint32_t> range (const std::string& option) const
+    {
+        return rangeOf (rowOf (option), has (option) ? text (option) : rowOf (option).byDefault);
+    }
+
+    /** What a map of notes stands for; the option has to be given. */
+    std::array<std::uint8_t, 128> noteMap (const std::string& option) const { return noteMapOf (rowOf (option), text (option)); }
 
     /** The indices of several names. */
     std::vector<std::size_t> indices (const std::string& option) const;

@@ -3,14 +3,16 @@
 
 #include "FindCommand.h"
 
+#include "InputFile.h"
 #include "Interruption.h"
 #include "Output.h"
 #include "OutputFile.h"
 #include "Progress.h"
+#include "TakeOptions.h"
 
 #include "export/MidiFileWriter.h"
 #include "generation/GenreProfile.h"
-#include "generation/GrooveGenerator.h"
+#include "generation/TakeCode.h"
 #include "search/GrooveExample.h"
 #include "search/TakeSearch.h"
 
@@ -20,8 +22,8 @@
 #include <array>
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <optional>
+#include <span>
 #include <thread>
 
 namespace pulsewright::cli
@@ -30,29 +32,11 @@ namespace pulsewright::cli
 namespace
 {
     namespace fs = std::filesystem;
-    using Bytes  = std::vector<std::uint8_t>;
 
     constexpr std::int32_t usualBars = 2, mostBarsOfItself = 8;
+    constexpr std::size_t largestExample = 16u << 20; // bytes
 
     //==============================================================================
-    Bytes bytesOfFile (const std::string& name)
-    {
-        constexpr std::size_t most = 16u << 20;
-
-        std::ifstream file (name, std::ios::binary);
-        Bytes bytes (most + 1);
-        file.read (reinterpret_cast<char*> (bytes.data()), static_cast<std::streamsize> (bytes.size()));
-
-        if (file.good())
-            throw BadExample ("it is longer than 16 MB, which no groove is");
-
-        if (file.bad() || ! file.is_open())
-            throw BadExample ("it cannot be read");
-
-        bytes.resize (static_cast<std::size_t> (file.gcount()));
-        return bytes;
-    }
-
     template <typename Number>
     Number numberAt (const nlohmann::json& hit, const char* name, Number least, Number most)
     {
@@ -65,9 +49,9 @@ namespace
     }
 
     /** A pattern as `pattern --json` writes it. Of a hit, "start" in beats is needed, and "velocity" and "lane" or "note". */
-    GrooveExample exampleFromJson (const Bytes& bytes)
+    GrooveExample exampleFromJson (const std::string& bytes)
     {
-        const auto json = nlohmann::json::parse (bytes.begin(), bytes.end());
+        const auto json = nlohmann::json::parse (bytes);
         GrooveExample example;
 
         for (const auto& each : json.at ("hits"))
@@ -99,8 +83,9 @@ namespace
     {
         try
         {
-            const auto bytes = bytesOfFile (name);
-            return isMidiFile (bytes) ? readMidiFile (bytes) : exampleFromJson (bytes);
+            const auto text = bytesOfFile (name, largestExample);
+            const std::span bytes (reinterpret_cast<const std::uint8_t*> (text.data()), text.size());
+            return isMidiFile (bytes) ? readMidiFile (bytes) : exampleFromJson (text);
         }
         catch (const BadExample& error)
         {
@@ -165,10 +150,15 @@ namespace
         return grid;
     }
 
-    TakeQuery queryOf (const CommandLine& line, const GenerationSettings& knobs)
+    TakeQuery queryOf (const CommandLine& line)
     {
-        const auto genre = line.get ("--genre");
-        const auto takes = line.limits ("--takes");
+        const auto genre         = line.get ("--genre");
+        const auto [first, last] = line.range ("--takes");
+        GenerationSettings knobs;
+
+        for (std::size_t i = 0; i < allSettings.size(); ++i)
+            knobs.*allSettings[i].field = settingFrom (line, i);
+
         TakeQuery query;
 
         for (std::uint32_t each = 0; each < genreCount; ++each)
@@ -181,8 +171,8 @@ namespace
             }
 
         query.section   = line.get<SectionType> ("--section");
-        query.firstTake = takes.first;
-        query.lastTake  = takes.last;
+        query.firstTake = first;
+        query.lastTake  = last;
         query.top       = line.get ("--top");
         query.jobs      = line.has ("--jobs") ? line.get ("--jobs") : std::max (1u, std::thread::hardware_concurrency());
         return query;
@@ -190,38 +180,51 @@ namespace
 
     //==============================================================================
     /** The generator itself has the last word; it also brings the names and seeds, which the search leaves out. */
-    void complete (TakesFound& found, const TakeQuery& query)
+    FoundGroove played (const FoundTake& found, const TakeQuery& query)
     {
-        for (auto& take : found.takes)
-        {
-            auto settings = query.settings[take.settings];
-            settings.seed = saltOf (take.take);
-            auto pattern  = GrooveGenerator::generate (settings, query.section, take.pattern.bars, 0);
+        Take take { .counter = found.take, .settings = query.settings[found.settings], .section = query.section, .bars = found.pattern.bars };
+        take.settings.seed = saltOf (take.counter);
+        take.tempo         = profileOf (take.settings.genre).tempoBpm;
 
-            if (pattern.hits != take.pattern.hits)
-                throw WriteFailure ("Take " + std::to_string (take.take) + " is not what was found; please report this");
+        auto pattern = patternOf (take);
 
-            take.pattern = std::move (pattern);
-        }
+        if (pattern.hits != found.pattern.hits)
+            throw WriteFailure ("Take " + std::to_string (take.counter) + " does not play what was found; please report this");
+
+        return { static_cast<double> (found.distance) / GrooveTarget::unit, { take, codeOf (take), std::move (pattern) } };
     }
 
-    void saveAll (const std::string& folder, const TakesFound& found, const TakeQuery& query)
+    std::vector<FoundGroove> allPlayed (const TakesFound& found, const TakeQuery& query)
+    {
+        std::vector<FoundGroove> grooves;
+        for (const auto& take : found.takes)
+            grooves.push_back (played (take, query));
+        return grooves;
+    }
+
+    void makeFolder (const std::string& folder)
     {
         std::error_code error;
         fs::create_directories (folder, error);
 
         if (! fs::is_directory (folder))
             throw WriteFailure (folder + ": The folder could not be made (" + error.message() + ")");
+    }
 
-        for (std::size_t i = 0; i < found.takes.size(); ++i)
+    void saveAll (const std::string& folder, std::span<const FoundGroove> grooves)
+    {
+        for (std::size_t i = 0; i < grooves.size(); ++i)
         {
-            const auto& take    = found.takes[i];
-            const auto& profile = profileOf (query.settings[take.settings].genre);
-            const auto bytes    = MidiFileWriter::bytesOf (take.pattern, profile.tempoBpm);
+            const auto& [take, code, pattern] = grooves[i].groove;
+            const auto bytes                  = MidiFileWriter::bytesOf (pattern, take.tempo);
 
             std::array<char, 32> place {};
             std::snprintf (place.data(), place.size(), "%03zu ", i + 1);
-            const auto name = place.data() + std::string (profile.name) + " take " + std::to_string (take.take) + ".mid";
+            const auto name = std::string (place.data())
+                                  .append (nameOf (take.settings.genre))
+                                  .append (" take ")
+                                  .append (std::to_string (take.counter))
+                                  .append (".mid");
             writeOutput ((fs::path (folder) / name).string(),
                          { reinterpret_cast<const char*> (bytes.data()), bytes.size() },
                          MidiFileWriter::cannotCompleteMessage);
@@ -234,24 +237,40 @@ namespace
         Progress progress ("Searching");
         return findTakes (query, target, Interruption::flag(), [&progress] (double share) { progress.show (share); });
     }
+
+    /** A long search is not lost for a name that cannot be written: then it is printed. */
+    void give (const CommandLine& line, std::uint64_t searched, std::span<const FoundGroove> nearest, bool inColour)
+    {
+        try
+        {
+            if (line.has ("--save"))
+                saveAll (line.text ("--save"), nearest);
+
+            if (line.has ("--json"))
+                return writeOutput (line.text ("--json"), jsonText (searched, nearest));
+        }
+        catch (const WriteFailure&)
+        {
+            writeOutput ("-", listText (nearest, inColour));
+            throw;
+        }
+
+        writeOutput ("-", listText (nearest, inColour));
+    }
 } // namespace
 
-int findGrooves (const CommandLine& line, const GenerationSettings& knobs, bool inColour)
+int findGrooves (const CommandLine& line, bool inColour)
 {
     constexpr int interrupted = 130;
 
     const auto target = targetOf (line);
-    const auto query  = queryOf (line, knobs);
-    auto found        = search (query, target);
-    complete (found, query);
+    const auto query  = queryOf (line);
 
     if (line.has ("--save"))
-        saveAll (line.text ("--save"), found, query);
+        makeFolder (line.text ("--save")); // before the search: what cannot be written shows at once
 
-    if (line.has ("--json"))
-        writeOutput (line.text ("--json"), jsonText (found, query));
-    else
-        writeOutput ("-", listText (found, query, inColour));
+    const auto found = search (query, target);
+    give (line, found.searched, allPlayed (found, query), inColour);
 
     if (found.isWhole)
         return 0;

@@ -7,16 +7,13 @@
 
 #include "CommandLine.h"
 
-#include "generation/GenerationSettings.h"
-
 namespace pulsewright::cli
 {
 
 /** Searches, and prints or writes what is found.
-    @param knobs  the settings that were given
-    @returns      the exit status: 0, or 130 when Ctrl-C has ended the search, with the best so far given
+    @returns the exit status: 0, or 130 when Ctrl-C has ended the search, with the best so far given
     @throws BadArgument, WriteFailure
 */
-int findGrooves (const CommandLine& line, const GenerationSettings& knobs, bool inColour);
+int findGrooves (const CommandLine& line, bool inColour);
 
 } // namespace pulsewright::cli

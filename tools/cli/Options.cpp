@@ -13,6 +13,7 @@
 #include <charconv>
 #include <iterator>
 #include <limits>
+#include <numeric>
 #include <optional>
 #include <type_traits>
 
@@ -46,13 +47,15 @@ namespace
     }
 
     // clang-format off
-    constexpr std::array<CommandRow, 5> rows
+    constexpr std::array<CommandRow, 7> rows
     {{
         { tool,    "",        "Generates drum grooves and whole songs from a seed: the same music as the plug-in, without a host." },
         { pattern, "pattern", "Generates one groove or fill." },
         { song,    "song",    "Builds a whole song." },
         { window,  "window",  "Renders the plug-in's window, without a display." },
-        { find,    "find",    "Looks through takes for the grooves nearest to an example or a shape." }
+        { find,    "find",    "Looks through takes for the grooves nearest to an example or a shape." },
+        { show,    "show",    "Prints the code of the take in a preset or a saved state." },
+        { preset,  "preset",  "Writes a take as a preset that hosts load." }
     }};
 
     constexpr Whole any32Bits   { 0, std::numeric_limits<std::uint32_t>::max() };
@@ -61,9 +64,8 @@ namespace
     constexpr Whole tempos      { 30, 300 }; // what a MIDI file takes
     constexpr Whole pixels      { 1, 4000 };
     constexpr unsigned music    = pattern | song;
-    constexpr unsigned anyOne   = music | window | find;
-    constexpr unsigned groove   = pattern | find;
-    constexpr Range takes       { any32Bits };
+    constexpr unsigned anyOne   = music | window;
+    constexpr unsigned all      = anyOne | find | show | preset;
     constexpr Whole places      { 1, 1000 };
     constexpr Whole threads     { 1, 1024 };
     constexpr Signs shapes      { GrooveTarget::shapeSigns, 16 };
@@ -86,29 +88,33 @@ namespace
 
         return
         {
-            { find,    "--like",      "FILE",           "What to come near: a MIDI file, or JSON from pattern", "none", InputFile() },
-            { find,    "--kick",      "SHAPE",          "What to come near in this lane, a sign for each sixteenth: a stroke, none, any or none, a soft one, an accent", "any", shapes },
-            { find,    "--snare",     "SHAPE",          "The same for the snare",                "any",            shapes },
-            { find,    "--hats",      "SHAPE",          "The same for the hats",                 "any",            shapes },
-            { find,    "--perc",      "SHAPE",          "The same for percussion",               "any",            shapes },
-            { music | window, "--genre", "NAME|N",      "Style",                                 "Boom Bap",       genres },
+            { show,    "FILE",       "",               "The file to read",                      "",               InputFile(), {}, {}, true },
+            { preset,  "CODE",      "",              "The take's code",                       "",               Code(), {}, {}, true },
+            { music,   "--code",      "CODE",           "The take to start from; what else is given replaces its own", "none", Code() },
+            { find,    "--like",      "FILE",           "What to come near: a MIDI file, or a pattern's JSON", "none", InputFile() },
+            { find,    "--kick",      "SHAPE",          "Shape of the kick, a sign for each sixteenth: x for a stroke, . for none, - for either, o for a soft one, # for an accent", "any", shapes },
+            { find,    "--snare",     "SHAPE",          "Shape of the snare",                    "any",            shapes },
+            { find,    "--hats",      "SHAPE",          "Shape of the hats",                     "any",            shapes },
+            { find,    "--perc",      "SHAPE",          "Shape of the percussion",               "any",            shapes },
+            { anyOne,  "--genre",     "NAME|N",         "Style",                                 "Boom Bap",       genres },
             { find,    "--genre",     "NAME|N|all",     "Style",                                 "Boom Bap",       NameNumberOrAll { genres } },
-            { groove,  "--section",   "NAME|N",         "What it is for",                        "Verse",          sections },
+            { pattern | find, "--section",   "NAME|N",         "What it is for",                        "Verse",          sections },
             { pattern, "--bars",      "N",              "Length in bars",                        "2",              patternBars },
-            { find,    "--bars",      "N",              "Length in bars",                        "2, or the example's up to 8", patternBars },
+            { find,    "--bars",      "N",              "Length in bars",                        "2; the example's, up to 8", patternBars },
             { song,    "--structure", "NAME|N",         "Its form",                              "Classic",        structures },
             { song,    "--duration",  "TIME",           "Length, or the genre's average",        "genre",          durations, {}, "--bars" },
             { song,    "--bars",      "N",              "Length in bars",                        "the duration's", songBars },
-            { music | window, "--take", "N",              "The take, as the plug-in counts them",  "1",              any32Bits },
+            { anyOne,  "--take",      "N",              "The take, as the plug-in counts them",  "1",              any32Bits },
             { music,   "--salt",      "N",              "The number that a take is turned into", "the take's",     any32Bits, {}, "--take" },
             { pattern, "--seed",      "N",              "Seed beside the salt",                  "0",              any32Bits },
             { pattern, "--mutate",    "N",              "Mutate it once with this seed",         "none",           any32Bits },
             { pattern, "--lock",      "LANE[,LANE...]", "Lanes that the mutation keeps",         "none",           lanes, "--mutate" },
             { music,   "--tempo",     "BPM",            "Beats per minute",                      "the genre's",    tempos },
-            { find,    "--takes",     "FIRST-LAST",     "The takes to look through",             "1-1000000",      takes },
-            { find,    "--vary",      "",               "Try a grid of density, syncopation and variation as well", "", Flag() },
+            { find,    "--takes",     "FIRST-LAST",     "The takes to look through",             "1-1000000",      Range() },
+            { find,    "--vary",      "",               "Try a grid of density, syncopation and variation as well", "not", Switch() },
             { find,    "--top",       "N",              "How many to show",                      "10",             places },
-            { find,    "--jobs",      "N",              "Threads",                               "all cores",      threads }
+            { find,    "--jobs",      "N",              "Threads",                               "all cores",      threads },
+            { music,   "--only",      "LANE[,LANE...]", "Lanes that are played and written",     "all",            lanes }
         };
     }
 
@@ -122,6 +128,12 @@ namespace
             { music | find, "--json", "FILE|-", "Write the notes as JSON; - is the standard output",           "none",     File() },
             { find,   "--save",   "DIR",    "Write each groove as a MIDI file into this folder",               "none",     Folder() },
             { music,  "--midi",   "FILE|-", "Write a Standard MIDI File",                                      "none",     File() },
+            { music,  "--map",    "NOTES",  "Other notes for those in the MIDI file: 36=35,38=40",             "none",     NoteMap(), "--midi" },
+            { song,   "--markers", "",      "Write the sections' names into the MIDI file",                    "not",      Switch(), "--midi" },
+            { preset, "--vstpreset", "FILE|-", "Write a VST3 preset",                                          "none",     File() },
+            { preset, "--lv2",    "DIR",    "Make an LV2 bundle with the preset",                              "none",     Folder() },
+            { preset, "--state",  "FILE|-", "Write a state, as the standalone app loads it",                   "none",     File() },
+            { preset, "--name",   "NAME",   "What hosts call it",                                              "its style and take", Text() },
             { music,  "--wav",    "FILE|-", "Play it once and write the sound; .flac and .ogg are other kinds", "none",     File() },
             { music,  "--kit",    "NAME",   "Sound of --wav",                                                  "Studio",   kits, "--wav" },
             { window, "--png",    "FILE|-", "Where to write the picture",                                      "required", File(), {}, {}, true },
@@ -130,7 +142,7 @@ namespace
             { window, "--scale",  "X",      "Scale of the picture",                                            "1",        Decimal { 0.5, 4.0 } },
             { tool,   "--completions", "SHELL", "Print a script with which a shell completes commands",        "none",     shells },
             { tool,   "--version", "",      "Print the version",                                               "",         NoValue() },
-            { tool | anyOne, "--help", "",  "Print this help",                                                 "",         NoValue() }
+            { tool | all, "--help", "",  "Print this help",                                                 "",         NoValue() }
         };
     }
     // clang-format on
@@ -167,6 +179,10 @@ namespace
     }
 
     //==============================================================================
+    /** A value that is no single number: it is read elsewhere, or not at all. */
+    template <typename Kind>
+    concept NotRead = std::is_empty_v<Kind>;
+
     constexpr std::string_view allOfThem = "all";
 
     /** Reads one value; nothing where it cannot be read. */
@@ -199,36 +215,13 @@ namespace
             return equalsIgnoringCase (text, allOfThem) ? static_cast<double> (one.names.size()) : (*this) (static_cast<const NameOrNumber&> (one));
         }
 
-        std::optional<double> operator() (const Range& range) const { return limits (range) ? std::optional (0.0) : std::nullopt; }
-
         std::optional<double> operator() (const Signs& kind) const
         {
             const bool areAllSigns = text.find_first_not_of (kind.signs) == text.npos;
             return areAllSigns && ! text.empty() && text.size() % kind.group == 0 ? std::optional (0.0) : std::nullopt;
         }
 
-        /** Files and folders: any text; and what takes none. */
-        template <typename AnyText>
-        std::optional<double> operator() (const AnyText&) const
-        {
-            return 0.0;
-        }
-
-        std::optional<Limits> limits (const Range& range) const
-        {
-            const auto dash = text.find ('-');
-
-            if (dash == text.npos)
-                return {};
-
-            const auto first = Reader { text.substr (0, dash) }(static_cast<const Whole&> (range));
-            const auto last  = Reader { text.substr (dash + 1) }(static_cast<const Whole&> (range));
-
-            if (! first || ! last || *first > *last)
-                return {};
-
-            return Limits { static_cast<std::uint32_t> (*first), static_cast<std::uint32_t> (*last) };
-        }
+        std::optional<double> operator() (const NotRead auto&) const { return 0.0; }
 
     private:
         static std::optional<double> inRange (const auto& range, std::optional<double> value)
@@ -243,7 +236,7 @@ namespace
         std::string operator() (const Whole& range) const { return digitsOf (range.least) + " to " + digitsOf (range.most); }
         std::string operator() (const Decimal& range) const { return digitsOf (range.least) + " to " + digitsOf (range.most); }
         std::string operator() (const Name& one) const { return listed (one.names); }
-        std::string operator() (const Range& range) const { return "such as 1-1000, from " + (*this) (static_cast<const Whole&> (range)); }
+        std::string operator() (const NotRead auto&) const { return {}; }
 
         std::string operator() (const NameOrNumber& one) const
         {
@@ -262,23 +255,7 @@ namespace
                 signs.append (1, sign).append (" ");
             return signs + "in whole bars of " + digitsOf (kind.group);
         }
-
-        template <typename AnyText>
-        std::string operator() (const AnyText&) const
-        {
-            return {};
-        }
     };
-
-    BadArgument notOneOf (const Option& option, std::string_view text)
-    {
-        const auto* kind = std::holds_alternative<Whole> (option.values)   ? "\" is not a whole number from "
-                         : std::holds_alternative<Decimal> (option.values) ? "\" is not a number from "
-                         : std::holds_alternative<Range> (option.values)   ? "\" is not a range of numbers "
-                         : std::holds_alternative<Signs> (option.values)   ? "\" is not made of the signs "
-                                                                           : "\" is none of ";
-        return BadArgument (option.name + ": \"" + std::string (text) + kind + described (option.values));
-    }
 } // namespace
 
 //==============================================================================
@@ -325,20 +302,52 @@ std::string described (const Values& values)
 
 double valueOf (const Option& option, std::string_view text)
 {
-    const auto digits = text.substr (text.starts_with ('+') ? 1 : 0);
+    const bool isNumber = std::holds_alternative<Whole> (option.values) || std::holds_alternative<Decimal> (option.values);
+    const auto digits   = text.substr (isNumber && text.starts_with ('+') ? 1 : 0);
 
     if (const auto value = std::visit (Reader { digits }, option.values))
         return *value;
 
-    throw notOneOf (option, text);
+    const auto* kind = std::holds_alternative<Whole> (option.values)   ? "\" is not a whole number from "
+                     : std::holds_alternative<Decimal> (option.values) ? "\" is not a number from "
+                     : std::holds_alternative<Signs> (option.values)   ? "\" is not made of the signs "
+                                                                       : "\" is none of ";
+    throw BadArgument (option.name + ": \"" + std::string (text) + kind + described (option.values));
 }
 
-Limits limitsOf (const Option& option, std::string_view text)
+std::pair<std::uint32_t, std::uint32_t> rangeOf (const Option& option, std::string_view text)
 {
-    if (const auto limits = Reader { text }.limits (std::get<Range> (option.values)))
-        return *limits;
+    const auto dash = text.find ('-');
+    const Option number { option.commands, option.name, {}, {}, {}, any32Bits };
+    const auto numberIn = [&] (std::string_view part) { return static_cast<std::uint32_t> (valueOf (number, part)); };
 
-    throw notOneOf (option, text);
+    const auto first = numberIn (text.substr (0, dash));
+    const auto last  = dash == text.npos ? first : numberIn (text.substr (dash + 1));
+
+    if (last < first)
+        throw BadArgument (option.name + ": \"" + std::string (text) + "\" holds no take: the first is above the last");
+
+    return { first, last };
+}
+
+std::array<std::uint8_t, 128> noteMapOf (const Option& option, std::string_view text)
+{
+    std::array<std::uint8_t, 128> map {};
+    std::iota (map.begin(), map.end(), std::uint8_t { 0 });
+
+    const Option note { option.commands, option.name, {}, {}, {}, Whole { 0, 127 } };
+
+    for (const auto pair : commaSeparated (text))
+    {
+        const auto sign = pair.find ('=');
+
+        if (sign == pair.npos)
+            throw BadArgument (option.name + ": \"" + std::string (pair) + "\" is not like 36=35");
+
+        map[static_cast<std::size_t> (valueOf (note, pair.substr (0, sign)))] = static_cast<std::uint8_t> (valueOf (note, pair.substr (sign + 1)));
+    }
+
+    return map;
 }
 
 std::vector<std::string_view> commaSeparated (std::string_view text)

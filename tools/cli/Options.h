@@ -5,11 +5,13 @@
 
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <span>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -30,7 +32,9 @@ enum Command : unsigned
     pattern = 2,
     song    = 4,
     window  = 8,
-    find    = 16
+    find    = 16,
+    show    = 32,
+    preset  = 128
 };
 
 struct CommandRow
@@ -75,8 +79,28 @@ struct Decimal
     double least, most;
 };
 
-/** Two whole numbers with '-' between them, the first not above the second. */
-struct Range : Whole
+/** What is written, and what is read. */
+struct File
+{};
+struct InputFile
+{};
+struct Folder
+{};
+
+/** A take's code. */
+struct Code
+{};
+
+/** Notes and what they become: 36=35,38=40. */
+struct NoteMap
+{};
+
+/** Any text. */
+struct Text
+{};
+
+/** Takes from one to another: 1-1000. */
+struct Range
 {};
 
 /** A row of these signs, in whole groups. */
@@ -86,37 +110,30 @@ struct Signs
     std::size_t group;
 };
 
-/** Something to write. */
-struct File
+/** Given or not. */
+struct Switch
 {};
 
-/** Something to read. */
-struct InputFile
-{};
-
-struct Folder
-{};
-
-/** Takes no value, and is not an action of its own. */
-struct Flag
-{};
-
-/** Takes no value: the program answers and ends. */
+/** Asks for an answer in place of a command. */
 struct NoValue
 {};
 
-using Values = std::variant<NoValue, Flag, File, InputFile, Folder, Name, NameOrNumber, NameNumberOrAll, Names, Whole, Range, Decimal, Signs>;
+using Values = std::
+    variant<NoValue, Switch, File, InputFile, Folder, Code, NoteMap, Text, Range, Name, NameOrNumber, NameNumberOrAll, Names, Whole, Decimal, Signs>;
 
 struct Option
 {
     unsigned commands; ///< those that have it
-    std::string name;  ///< with its dashes
+    std::string name;  ///< with its dashes; without them it has its place behind the command
     std::string_view type;
     std::string help;
     std::string byDefault; ///< what stands in for it: a value, or a word about it
     Values values;
     std::string needs {}, excludes {}; ///< another option
     bool isRequired = false;
+
+    bool hasPlace() const noexcept { return ! name.starts_with ('-'); }
+    bool hasValue() const noexcept { return ! std::holds_alternative<NoValue> (values) && ! std::holds_alternative<Switch> (values); }
 };
 
 /** All options of one command, in the order of the help. */
@@ -136,13 +153,11 @@ std::string described (const Values& values);
 */
 double valueOf (const Option& option, std::string_view text);
 
-/** What a range means to an option. @throws BadArgument  as valueOf() does */
-struct Limits
-{
-    std::uint32_t first, last;
-};
+/** The first and the last number of a range. @throws BadArgument */
+std::pair<std::uint32_t, std::uint32_t> rangeOf (const Option& option, std::string_view text);
 
-Limits limitsOf (const Option& option, std::string_view text);
+/** What each of the 128 notes becomes. @throws BadArgument */
+std::array<std::uint8_t, 128> noteMapOf (const Option& option, std::string_view text);
 
 /** The parts of a text between commas. */
 std::vector<std::string_view> commaSeparated (std::string_view text);

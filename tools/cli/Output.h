@@ -5,36 +5,51 @@
 
 #pragma once
 
-#include "generation/SongArrangement.h"
-#include "search/TakeSearch.h"
+#include "generation/Take.h"
 
 #include <cstdint>
+#include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
 namespace pulsewright::cli
 {
 
-/** A grid of four lanes and sixteenth columns, four bars a row, within 80 columns. */
-std::string gridText (const DrumPattern& pattern, int tempoBpm, bool inColour);
+/** Music, and where it came from. */
+template <typename Material>
+struct Made
+{
+    Take take;
+    std::optional<std::string> code; ///< nothing where the take has none, or is not all that decides the music
+    Material material;
+};
 
-/** A table of the sections, within 80 columns. */
-std::string tableText (const SongArrangement& song, int tempoBpm, bool inColour);
+/** A grid of four lanes and sixteenth columns, four bars a row; or a table of the sections. Within 80 columns. */
+std::string textForPeople (const Made<DrumPattern>& pattern, bool inColour);
+std::string textForPeople (const Made<SongArrangement>& song, bool inColour);
 
 /** A message as a terminal may show it: control characters and bytes that are no UTF-8 become "\\x1b". */
 std::string onOneLine (std::string_view message);
 
 /** Doubles are printed so that they read back to the same bits. */
-std::string jsonText (const DrumPattern& pattern);
-std::string jsonText (const SongArrangement& song);
+std::string jsonText (const Made<DrumPattern>& pattern);
+std::string jsonText (const Made<SongArrangement>& song);
 
-/** @param query  what was searched */
-std::string jsonText (const TakesFound& found, const TakeQuery& query);
+/** One of the grooves that a search has found. */
+struct FoundGroove
+{
+    double distance; ///< in hits
+    Made<DrumPattern> groove;
+};
+
+/** @param searched  how many grooves were looked at */
+std::string jsonText (std::uint64_t searched, std::span<const FoundGroove> nearest);
 
 /** A line for each, with the command that repeats it: sorted by their characters, lines of several searches are in the
     order of one. Then the nearest as a grid.
 */
-std::string listText (const TakesFound& found, const TakeQuery& query, bool inColour);
+std::string listText (std::span<const FoundGroove> nearest, bool inColour);
 
 /** Plays the song once with the plug-in's own playback and kit, and writes it: 48 kHz, stereo, as long as the music
     and exactly one second more. Shows progress on a terminal.

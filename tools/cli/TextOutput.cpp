@@ -5,8 +5,6 @@
 
 #include "Options.h"
 
-#include "generation/GenreProfile.h"
-
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
@@ -120,13 +118,30 @@ namespace
                  { "hits", std::move (hits) } };
     }
 
-    //==============================================================================
-    /** In hits: a full kick too many is 1. */
-    double inHits (Distance distance) noexcept
+    /** Where the music came from. */
+    void addTake (Json& json, const Take& take, const std::optional<std::string>& code)
     {
-        return static_cast<double> (distance) / GrooveTarget::unit;
+        if (code)
+            json["code"] = *code;
+
+        auto settings = Json::object();
+        for (const auto& setting : allSettings)
+            settings[setting.id] = take.settings.*setting.field;
+
+        json["genre"]    = nameOf (take.settings.genre);
+        json["settings"] = std::move (settings);
+        json["tempo"]    = take.tempo;
+
+        if (take.settings.seed == saltOf (take.counter)) // not so for the salt 0
+            json["take"] = take.counter;
     }
 
+    std::string codeLine (const std::optional<std::string>& code)
+    {
+        return "\n" + code.value_or ("This has no code: it was mutated, or has a seed of its own.") + "\n";
+    }
+
+    //==============================================================================
     /** A setting's thousandths, as they are typed. */
     std::string typed (float setting)
     {
@@ -137,38 +152,42 @@ namespace
 
     std::string inQuotes (std::string_view name)
     {
-        const bool isWord = name.find (' ') == name.npos;
-        return isWord ? std::string (name) : printed ("\"%s\"", std::string (name).c_str());
+        const char* quote = name.find (' ') == name.npos ? "" : "\"";
+        return std::string (quote).append (name).append (quote);
     }
 
     /** The command that makes a groove again. */
-    std::string commandOf (const FoundTake& found, const TakeQuery& query)
+    std::string commandOf (const Take& take)
     {
-        const auto& settings = query.settings[found.settings];
-        const auto& pattern  = found.pattern;
-        auto text            = "pulsewright-cli pattern --genre " + inQuotes (nameOf (settings.genre)) + " --take " + std::to_string (found.take);
+        std::string text = "pulsewright-cli pattern";
+        const auto add   = [&text] (const std::string& option, const std::string& value)
+        { text.append (" ").append (option).append (" ").append (value); };
 
-        if (pattern.sectionType != DrumPattern().sectionType)
-            text.append (" --section ").append (inQuotes (nameOf (pattern.sectionType)));
+        add ("--genre", inQuotes (nameOf (take.settings.genre)));
+        add ("--take", std::to_string (take.counter));
 
-        if (pattern.bars != DrumPattern().bars)
-            text.append (" --bars ").append (std::to_string (pattern.bars));
+        if (take.section != Take().section)
+            add ("--section", inQuotes (nameOf (take.section)));
+
+        if (take.bars != Take().bars)
+            add ("--bars", std::to_string (take.bars));
 
         for (std::size_t i = 0; i < allSettings.size(); ++i)
-            if (const auto field = allSettings[i].field; settings.*field != snapPercent (GenerationSettings().*field))
-                text.append (" ").append (settingOption (i)).append (" ").append (typed (settings.*field));
+            if (const auto field = allSettings[i].field; take.settings.*field != snapPercent (GenerationSettings().*field))
+                add (settingOption (i), typed (take.settings.*field));
 
         return text;
     }
 } // namespace
 
-std::string gridText (const DrumPattern& pattern, int tempoBpm, bool inColour)
+std::string textForPeople (const Made<DrumPattern>& made, bool inColour)
 {
-    auto text = styled (boldText, pattern.name, inColour)
+    const auto& pattern = made.material;
+    auto text           = styled (boldText, pattern.name, inColour)
               + printed ("\n%s, %s, %d BPM, seed %u\n",
                          counted (static_cast<std::size_t> (pattern.bars), "bar").c_str(),
                          counted (pattern.hits.size(), "note").c_str(),
-                         tempoBpm,
+                         made.take.tempo,
                          pattern.seed);
 
     std::array<std::string, laneCount> lines;
@@ -197,12 +216,14 @@ std::string gridText (const DrumPattern& pattern, int tempoBpm, bool inColour)
         }
     }
 
-    return text + styled (dimText, "\n      - ghost   o soft   O strong   # accent\n", inColour);
+    return text + styled (dimText, "\n      - ghost   o soft   O strong   # accent\n", inColour) + codeLine (made.code);
 }
 
-std::string tableText (const SongArrangement& song, int tempoBpm, bool inColour)
+std::string textForPeople (const Made<SongArrangement>& made, bool inColour)
 {
-    auto text = styled (boldText, song.name, inColour)
+    const auto& song    = made.material;
+    const auto tempoBpm = made.take.tempo;
+    auto text           = styled (boldText, song.name, inColour)
               + printed ("\n%s at %d BPM, seed %u\n\n", durationText (song.lengthInBeats(), tempoBpm).c_str(), tempoBpm, song.seed);
 
     text += styled (dimText, printed (" %4s  %-12s  %-15s  %4s  %5s  %s", "bar", "section", "type", "bars", "notes", "notes a bar"), inColour) + "\n";
@@ -223,7 +244,7 @@ std::string tableText (const SongArrangement& song, int tempoBpm, bool inColour)
               + styled (laneColours[0], std::string (barLength, '='), inColour) + "\n";
     }
 
-    return text;
+    return text + codeLine (made.code);
 }
 
 std::string onOneLine (std::string_view message)
@@ -240,54 +261,63 @@ std::string onOneLine (std::string_view message)
     return text;
 }
 
-std::string jsonText (const DrumPattern& pattern)
+std::string jsonText (const Made<DrumPattern>& made)
 {
-    return toJson (pattern).dump() + "\n";
+    auto json = toJson (made.material);
+    addTake (json, made.take, made.code);
+    return json.dump() + "\n";
 }
 
-std::string jsonText (const SongArrangement& song)
+std::string jsonText (const Made<SongArrangement>& made)
 {
-    auto sections = Json::array();
+    const auto& song = made.material;
+    auto sections    = Json::array();
 
     for (const auto& section : song.sections)
         sections.push_back ({ { "name", section.name }, { "startBar", section.startBar }, { "pattern", toJson (section.pattern) } });
 
-    const Json json { { "name", song.name }, { "totalBars", song.totalBars }, { "seed", song.seed }, { "sections", std::move (sections) } };
+    Json json { { "name", song.name }, { "totalBars", song.totalBars }, { "seed", song.seed }, { "sections", std::move (sections) } };
+    addTake (json, made.take, made.code);
     return json.dump() + "\n";
 }
 
-std::string jsonText (const TakesFound& found, const TakeQuery& query)
+std::string jsonText (std::uint64_t searched, std::span<const FoundGroove> nearest)
 {
     auto takes = Json::array();
 
-    for (const auto& take : found.takes)
-        takes.push_back ({ { "genre", nameOf (query.settings[take.settings].genre) },
-                           { "take", take.take },
-                           { "distance", inHits (take.distance) },
-                           { "command", commandOf (take, query) },
-                           { "pattern", toJson (take.pattern) } });
+    for (const auto& [distance, groove] : nearest)
+    {
+        Json json;
 
-    const Json json { { "searched", found.searched }, { "takes", std::move (takes) } };
+        if (groove.code)
+            json["code"] = *groove.code;
+
+        json["genre"]    = nameOf (groove.take.settings.genre);
+        json["take"]     = groove.take.counter;
+        json["distance"] = distance;
+        json["command"]  = commandOf (groove.take);
+        json["pattern"]  = toJson (groove.material);
+        takes.push_back (std::move (json));
+    }
+
+    const Json json { { "searched", searched }, { "takes", std::move (takes) } };
     return json.dump() + "\n";
 }
 
-std::string listText (const TakesFound& found, const TakeQuery& query, bool inColour)
+std::string listText (std::span<const FoundGroove> nearest, bool inColour)
 {
     auto text = styled (dimText, printed ("%12s %5s %10s %10s  %s", "distance", "style", "take", "seed", "command"), inColour) + "\n";
 
-    for (const auto& take : found.takes)
-        text += printed ("%12.6f %5u %10u %10u  ",
-                         inHits (take.distance),
-                         static_cast<unsigned> (query.settings[take.settings].genre),
-                         take.take,
-                         take.pattern.seed)
-              + commandOf (take, query) + "\n";
+    for (const auto& [distance, groove] : nearest)
+        text.append (printed ("%12.6f %5u %10u %10u  ",
+                              distance,
+                              static_cast<unsigned> (groove.take.settings.genre),
+                              groove.take.counter,
+                              groove.material.seed))
+            .append (commandOf (groove.take))
+            .append ("\n");
 
-    if (found.takes.empty())
-        return text;
-
-    const auto& nearest = found.takes.front();
-    return text + "\n" + gridText (nearest.pattern, profileOf (query.settings[nearest.settings].genre).tempoBpm, inColour);
+    return nearest.empty() ? text : text + "\n" + textForPeople (nearest.front().groove, inColour);
 }
 
 } // namespace pulsewright::cli
