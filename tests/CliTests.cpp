@@ -202,7 +202,7 @@ TEST (Cli, FindsTakesAgain)
           "$T find --kick x.....x...x..... --takes 1-900 | grep pulse | cmp - merged && wc -l < merged",
           "10" },
 
-        { "timeout --preserve-status -s INT -k 9 0.3 $T find --like a.mid --takes 0-4294967295 --top 1 > found 2> told; echo $?;"
+        { "timeout --preserve-status -s INT -k 9 1 $T find --like a.mid --takes 0-4294967295 --top 1 > found 2> told; echo $?;"
           "wc -l < told; grep -c pulse found",
           "130\n1\n1" }
     };
