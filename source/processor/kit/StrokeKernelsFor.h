@@ -98,11 +98,8 @@ private:
     /** The power of two above a positive number. */
     static double nextPower (double value) noexcept
     {
-        std::uint64_t bits = 0;
-        __builtin_memcpy (&bits, &value, sizeof (bits));
-        bits = (bits & 0x7FF0000000000000u) + 0x0010000000000000u;
-        __builtin_memcpy (&value, &bits, sizeof (bits));
-        return value;
+        const auto exponent = __builtin_bit_cast (std::uint64_t, value) & 0x7FF0000000000000u;
+        return __builtin_bit_cast (double, exponent + 0x0010000000000000u);
     }
 
     /** The same sum, bit for bit, of a step that stays. Between two powers of two all doubles are equally far apart, and it
