@@ -58,6 +58,7 @@ namespace
         bool isRolling = true;
     };
 
+    constexpr int studio           = 0; // its index in kitNames
     constexpr double beatsPerBlock = blockSize / sampleRate * tempo / 60.0;
 
     void playEmptyBlock (benchmark::State& state, int bars)
