@@ -60,6 +60,9 @@ target_sources (Pulsewright PRIVATE
     source/editor/X11Messages.cpp
     source/editor/X11Messages.h)
 
+include (DeferVst3Restart)
+defer_vst3_restart()
+
 # Debian's JUCE takes the plug-in's name for a URI where the wrappers do not see one in time.
 target_compile_definitions (Pulsewright INTERFACE JucePlugin_LV2URI="${PULSEWRIGHT_LV2_URI}")
 

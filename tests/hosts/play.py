@@ -226,18 +226,24 @@ def groove_of(tool, *take):
 
 
 def loop_in_ardour(scratch, bundle, tool):
+    """The groove of a preset, where VST3 hosts look for them."""
+    presets = scratch / "home/.vst3/presets/Tolm/Pulsewright"
+    shutil.copytree(bundle.parents[3] / "presets", presets)
+    preset = presets / "Boom Bap - Head Nod.vstpreset"
+    code = run([tool, "show", str(preset)])[1].strip()
+
     passes = int(os.environ.get("PULSEWRIGHT_PASSES", "3"))
     seconds = (passes * LENGTH + 1) * 60 / 90 + 1
     dump = scratch / "midi.txt"
     ready = f"jack_midi_dump -a > '{dump}' 2>/dev/null & echo $! > '{dump}.pid'; sleep 1; jack_connect ':Drums/midi_out 1' midi-monitor:input"
 
     with jack(scratch):
-        run_ardour(scratch, bundle, "ardour_loop.lua", seconds, ready, seconds=seconds + 60)
+        run_ardour(scratch, bundle, "ardour_loop.lua", seconds, ready, preset.stem, seconds=seconds + 60)
         os.kill(int(pathlib.Path(f"{dump}.pid").read_text()), signal.SIGTERM)
         time.sleep(0.5)
 
     heard = note_ons(dump)
-    hits = looped(passes * LENGTH, groove_of(tool, "--take", "1"))
+    hits = looped(passes * LENGTH, groove_of(tool, "--code", code))
     compare_notes(heard, hits, 2 * ARDOURS_ROUNDING, f"{passes} passes of Ardour's loop")
     print(f"ok: {passes} passes of Ardour's loop, {len(hits)} onsets, each once")
 
