@@ -24,12 +24,15 @@ juce_add_plugin (Pulsewright
 target_sources (Pulsewright PRIVATE
     source/processor/BlockPlayer.cpp
     source/processor/BlockPlayer.h
+    source/processor/GuardedBase64.cpp
     source/processor/Parameters.cpp
     source/processor/Parameters.h
     source/processor/PulsewrightAudioProcessor.cpp
     source/processor/PulsewrightAudioProcessor.h
     source/processor/SavedState.cpp
     source/processor/SavedState.h
+    source/processor/UntrustedText.cpp
+    source/processor/UntrustedText.h
     source/export/MidiExport.cpp
     source/export/MidiExport.h
     source/export/PrivateFolder.cpp
@@ -116,5 +119,13 @@ if (CMAKE_SYSTEM_NAME STREQUAL "Linux")
         set (map "${CMAKE_CURRENT_SOURCE_DIR}/cmake/${format}.map")
         target_link_options (Pulsewright_${format} PRIVATE "LINKER:--version-script=${map}")
         set_property (TARGET Pulsewright_${format} APPEND PROPERTY LINK_DEPENDS "${map}")
+    endforeach()
+endif()
+
+# The wrappers that read a state as text do so by way of GuardedBase64.cpp. Linkers of other systems know no --wrap:
+# there JUCE's function is called as it is.
+if (CMAKE_SYSTEM_NAME MATCHES "Linux|BSD")
+    foreach (format LV2 Standalone)
+        target_link_options (Pulsewright_${format} PRIVATE "LINKER:--wrap=_ZN4juce11MemoryBlock18fromBase64EncodingENS_9StringRefE")
     endforeach()
 endif()
