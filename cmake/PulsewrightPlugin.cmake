@@ -64,12 +64,15 @@ target_sources (Pulsewright PRIVATE
 # Debian's JUCE takes the plug-in's name for a URI where the wrappers do not see one in time.
 target_compile_definitions (Pulsewright INTERFACE JucePlugin_LV2URI="${PULSEWRIGHT_LV2_URI}")
 
-target_sources (Pulsewright_Standalone PRIVATE source/standalone/StandaloneApp.cpp)
+target_sources (Pulsewright_Standalone PRIVATE
+    source/standalone/Settings.cpp
+    source/standalone/Settings.h
+    source/standalone/StandaloneApp.cpp)
 target_compile_definitions (Pulsewright_Standalone PRIVATE JUCE_USE_CUSTOM_PLUGIN_STANDALONE_APP=1)
 
 # Warnings are for our files alone: the same target also compiles JUCE's modules.
 get_target_property (pulsewright_sources Pulsewright SOURCES)
-list (APPEND pulsewright_sources source/standalone/StandaloneApp.cpp)
+list (APPEND pulsewright_sources source/standalone/Settings.cpp source/standalone/StandaloneApp.cpp)
 list (FILTER pulsewright_sources INCLUDE REGEX "^(source/|${CMAKE_CURRENT_SOURCE_DIR}/source/).*\\.cpp$")
 set_source_files_properties (${pulsewright_sources} PROPERTIES
     COMPILE_OPTIONS "$<TARGET_PROPERTY:pulsewright_warnings,INTERFACE_COMPILE_OPTIONS>")

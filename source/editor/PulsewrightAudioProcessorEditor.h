@@ -12,6 +12,7 @@
 #include "PercentSlider.h"
 #include "SaveDialog.h"
 #include "Theme.h"
+#include "X11Messages.h"
 
 #include "processor/PulsewrightAudioProcessor.h"
 
@@ -149,6 +150,7 @@ private:
 
     PulsewrightAudioProcessor::SongForm formSeen; // that a song was built for last, or that the window opened on
 
+    X11Survival survival;
     std::vector<juce::Component*> focusOrder; // in which the controls were added
     SafePointer<juce::Component> listenedWindow;
     HostKeyboard hostKeyboard { *this, [this] { return isKeyboardWanted(); } };

@@ -4,6 +4,7 @@
 // A host that does what no host should, to the built VST3 or LV2. What it does is drawn from a seed, which it prints:
 // the same seed does the same again, to the sample.
 // Usage: pulsewright-hostile-host BUNDLE [--seed N] [--rounds N | --seconds N]
+//        pulsewright-hostile-host LV2 --window   opens its window, and leaves it open until the X server ends
 
 #include "RawHosts.h"
 #include "StateBytes.h"
@@ -17,6 +18,8 @@
 #include <stdexcept>
 #include <string>
 #include <vector>
+
+#include <X11/Xlib.h>
 
 namespace pulsewright
 {
@@ -164,6 +167,59 @@ namespace
         return juce::File ("/proc/self/maps").loadFileAsString().contains (bundle.getFullPathName());
     }
 
+    bool isServerThere()
+    {
+        auto* display = XOpenDisplay (nullptr);
+        return display != nullptr && XCloseDisplay (display) == 0;
+    }
+
+    /** A window that stays without its maker, so that this process has no connection of its own. */
+    unsigned long makeParent()
+    {
+        auto* display = XOpenDisplay (nullptr);
+        require (display != nullptr, "there is a display");
+        const auto parent = XCreateSimpleWindow (display, DefaultRootWindow (display), 0, 0, 1120, 840, 0, 0, 0);
+        XMapWindow (display, parent);
+        XSetCloseDownMode (display, RetainPermanent);
+        XCloseDisplay (display);
+        return parent;
+    }
+
+    /** On a display where nobody has made the names that window managers make, and until it is gone. */
+    void keepWindowOpen (const juce::File& bundle)
+    {
+        const auto parent = makeParent();
+        const auto host   = openRaw (bundle, 48000.0);
+        const auto tend   = [&]
+        {
+            for (int i = 0; i < 50; ++i)
+            {
+                host->tendWindow();
+                require (host->play ({ .beat = i * 0.1, .numSamples = 512 }), "it plays");
+                juce::Thread::sleep (10);
+            }
+        };
+
+        for (int i = 0; i < 5; ++i)
+        {
+            host->openWindow (parent);
+            tend();
+            host->closeWindow();
+        }
+
+        host->openWindow (parent);
+        std::puts ("The window is open");
+        std::fflush (stdout);
+
+        for (int i = 0; i < 60 && isServerThere(); ++i)
+            tend();
+
+        require (! isServerThere(), "the X server ends within half a minute");
+        tend();
+        host->closeWindow();
+        require (! host->save().isEmpty(), "it can be saved");
+    }
+
     void playRounds (const juce::File& bundle, unsigned seed, int rounds, double seconds)
     {
         using Clock      = std::chrono::steady_clock;
@@ -203,6 +259,10 @@ int main (int argc, char** argv)
     {
         const juce::File bundle (arguments.at (0));
         const auto seconds = option ("--seconds", 0);
+
+        if (arguments.back() == "--window")
+            return pulsewright::keepWindowOpen (bundle), EXIT_SUCCESS;
+
         pulsewright::playRounds (bundle,
                                  option ("--seed", std::random_device()()),
                                  static_cast<int> (option ("--rounds", seconds > 0 ? 0 : 1)),

@@ -7,10 +7,12 @@
 #include <lv2/atom/util.h>
 #include <lv2/buf-size/buf-size.h>
 #include <lv2/core/lv2.h>
+#include <lv2/instance-access/instance-access.h>
 #include <lv2/midi/midi.h>
 #include <lv2/options/options.h>
 #include <lv2/state/state.h>
 #include <lv2/time/time.h>
+#include <lv2/ui/ui.h>
 #include <lv2/urid/urid.h>
 
 #include <pluginterfaces/vst/ivstaudioprocessor.h>
@@ -344,12 +346,28 @@ namespace
             states->restore (instance, give, this, 0, nullptr);
         }
 
+        void openWindow (unsigned long parent) override
+        {
+            const LV2_Feature self { LV2_INSTANCE_ACCESS_URI, instance }, inside { LV2_UI__parent, reinterpret_cast<void*> (parent) };
+            const std::array<const LV2_Feature*, 3> features { &self, &inside, nullptr };
+            LV2UI_Widget widget = nullptr;
+
+            ui     = module.find<LV2UI_DescriptorFunction> ("lv2ui_descriptor") (0);
+            window = ui->instantiate (ui, descriptor->URI, "", nullptr, nullptr, &widget, features.data());
+            require (window != nullptr && widget != nullptr, "the LV2's window cannot be opened");
+        }
+
+        void tendWindow() override { static_cast<const LV2UI_Idle_Interface*> (ui->extension_data (LV2_UI__idleInterface))->idle (window); }
+        void closeWindow() override { ui->cleanup (window); }
+
         Module module;
         Urids urids;
         LV2_Atom_Forge forge {};
         const LV2_Descriptor* descriptor  = nullptr;
         LV2_Handle instance               = nullptr;
         const LV2_State_Interface* states = nullptr;
+        const LV2UI_Descriptor* ui        = nullptr;
+        LV2UI_Handle window               = nullptr;
         std::string text;
         std::array<std::uint64_t, 16384> in {}, out {}; // as long as the Turtle asks for
     };

@@ -48,6 +48,11 @@ public:
     virtual void restore (const juce::MemoryBlock& state) = 0;
     virtual void restoreText (const std::string&) {} ///< in the form that the format keeps, if that is text
 
+    // The window, of the LV2 alone: inside one of X11's. tendWindow() lets it live; to be called all the time.
+    virtual void openWindow (unsigned long) {}
+    virtual void tendWindow() {}
+    virtual void closeWindow() {}
+
     // Of the last block.
     std::array<std::array<float, largestRawBlock>, 2> audio {};
     std::vector<RawEvent> midi;
