@@ -33,15 +33,15 @@ namespace
         constexpr int largestText = 1 << 18; // a usual one has three kilobytes
 
         if (text.length() > largestText || ! isSafeToParse (text.toStdString()))
-            return "not settings of this app, or cut short";
+            return "are not this app's, or cut short";
 
         const auto settings = juce::parseXMLIfTagMatches (text, "PROPERTIES");
 
         if (settings == nullptr)
-            return "not settings of this app";
+            return "are not this app's";
 
         const auto* state = settings->getChildByAttribute ("name", "filterState");
-        return state == nullptr || isReadableState (state->getStringAttribute ("val")) ? "" : "with a state that cannot be restored";
+        return state == nullptr || isReadableState (state->getStringAttribute ("val")) ? "" : "hold a state that cannot be restored";
     }
 
     void copyFromUsualFolder (const juce::File& file)
@@ -74,18 +74,18 @@ PreparedSettings prepareSettings (const juce::File& file)
     if (! file.exists())
         return {};
 
-    const auto fault = file.existsAsFile() ? faultOf (file.loadFileAsString()) : "not a file";
+    const auto fault = file.existsAsFile() ? faultOf (file.loadFileAsString()) : "are not a file";
 
     if (fault.isEmpty())
         return {};
 
     const auto path  = file.getFullPathName();
-    const auto aside = file.getParentDirectory().getNonexistentChildFile (file.getFileName() + ".bad", {});
+    const auto aside = file.getParentDirectory().getNonexistentChildFile (file.getFileName() + ".bad", {}, false);
 
     if (file.moveFileTo (aside))
-        return { "The settings in " + path + " are " + fault + ". They are kept as " + aside.getFileName() + "; the app opens as a new one." };
+        return { "The settings in " + path + " " + fault + ". They are kept as " + aside.getFileName() + "; the app opens as a new one." };
 
-    return { "The settings in " + path + " are " + fault + ", and cannot be renamed. Move them away.", false };
+    return { "The settings in " + path + " " + fault + ", and cannot be renamed. Move them away.", false };
 }
 
 } // namespace pulsewright
