@@ -278,6 +278,7 @@ void PulsewrightAudioProcessor::setStateInformation (const void* data, int size)
     if (! state)
         return;
 
+    const juce::ScopedLock lock (dataLock); // one restore at a time, from whichever thread
     ++restoresUnderway;
     seedCounter = state->seedCounter;
 
