@@ -82,6 +82,13 @@ namespace
         return block;
     }
 
+    /** Chooses a section, and goes no further. */
+    bool isTrigger (const RawEvent& event)
+    {
+        const auto [status, note, velocity] = event.bytes;
+        return status >= 0x90 && note >= 60 && note <= 67 && velocity > 0;
+    }
+
     void play (RawHost& host, Dice& dice, Counts& counts)
     {
         const auto block = anyBlock (dice);
@@ -93,6 +100,9 @@ namespace
                 require (std::abs (channel[i]) <= 1.0f, "every sample lies within -1 to 1"); // as no NaN does
                 counts.fold (channel[i]);
             }
+
+        const auto numPassing = block.midi.size() - static_cast<std::size_t> (std::ranges::count_if (block.midi, isTrigger));
+        require (host.midi.size() >= std::min (numPassing, host.mostEvents()), "what comes in goes out");
 
         for (const auto& event : host.midi)
         {

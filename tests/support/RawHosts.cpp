@@ -182,6 +182,8 @@ namespace
             return true;
         }
 
+        std::size_t mostEvents() const override { return 2048; }
+
         /** JUCE's wrapper appends the size of its own data, that data, its size again and a name; it also reads
             states that lack them.
         */
@@ -268,6 +270,8 @@ namespace
             descriptor->run (instance, static_cast<std::uint32_t> (block.numSamples));
             return readMidi (sequence);
         }
+
+        std::size_t mostEvents() const override { return out.size() / 3 - 400; } // 24 bytes each; restored parameters take room, too
 
         void write (const RawBlock& block)
         {

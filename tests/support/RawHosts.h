@@ -44,6 +44,8 @@ public:
     /** Plays a block. @returns false where what came out is malformed */
     [[nodiscard]] virtual bool play (const RawBlock& block) = 0;
 
+    virtual std::size_t mostEvents() const = 0; ///< that its wrapper lets out of a block; the rest is lost
+
     virtual juce::MemoryBlock save()                      = 0; ///< the plug-in's own bytes, without the wrapper's
     virtual void restore (const juce::MemoryBlock& state) = 0;
     virtual void restoreText (const std::string&) {} ///< in the form that the format keeps, if that is text
