@@ -39,9 +39,18 @@ endif()
 set (PULSEWRIGHT_OWN_FLAGS "" CACHE STRING "Compiler flags for our own files, not for JUCE's: such as a sanitizer")
 separate_arguments (PULSEWRIGHT_OWN_FLAGS)
 
+# Warnings are errors where CMAKE_COMPILE_WARNING_AS_ERROR asks for it, as ./dev does, and in our own files alone: a
+# packager's compiler is newer than ours.
+set (own_warnings -Wall -Wextra -Wshadow -Wconversion)
+
+if (CMAKE_COMPILE_WARNING_AS_ERROR)
+    list (APPEND own_warnings -Werror)
+    set (CMAKE_COMPILE_WARNING_AS_ERROR OFF)
+endif()
+
 # For our own code only; JUCE's headers are system headers to it.
 add_library (pulsewright_warnings INTERFACE)
 target_compile_options (pulsewright_warnings INTERFACE
     ${PULSEWRIGHT_OWN_FLAGS}
-    $<$<CXX_COMPILER_ID:GNU,Clang,AppleClang>:-Wall -Wextra -Wshadow -Wconversion -Werror>
+    "$<$<CXX_COMPILER_ID:GNU,Clang,AppleClang>:${own_warnings}>"
     $<$<CXX_COMPILER_ID:MSVC>:/W4>)

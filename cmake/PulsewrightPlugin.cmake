@@ -78,7 +78,6 @@ set_source_files_properties (${pulsewright_sources} PROPERTIES
     COMPILE_OPTIONS "$<TARGET_PROPERTY:pulsewright_warnings,INTERFACE_COMPILE_OPTIONS>")
 
 target_compile_definitions (Pulsewright PUBLIC
-    JUCE_DISPLAY_SPLASH_SCREEN=0
     JUCE_JACK=1 # opened at run time, by the standalone app alone
     JUCE_MODAL_LOOPS_PERMITTED=1 # tools and tests run the message loop for a while
     JUCE_PLUGINHOST_VST3=1 # for the offline host and the tests

@@ -117,11 +117,9 @@ namespace
 
         juce::LinuxEventLoop::registerFdCallback (signalPipe[0], quitWhenTold);
 
-        struct sigaction action
-        {
-        }, before {};
+        struct sigaction action = {}, before = {};
         action.sa_handler = passSignalOn;
-        action.sa_flags   = SA_RESETHAND | SA_RESTART;
+        action.sa_flags   = static_cast<int> (SA_RESETHAND) | SA_RESTART;
 
         for (const int signal : { SIGHUP, SIGINT, SIGTERM })
             if (sigaction (signal, nullptr, &before) == 0 && before.sa_handler != SIG_IGN) // as under nohup
