@@ -41,6 +41,8 @@ target_sources (Pulsewright PRIVATE
     source/editor/EditorConstruction.cpp
     source/editor/EditorLayout.cpp
     source/editor/EditorLayout.h
+    source/editor/FileDialog.cpp
+    source/editor/FileDialog.h
     source/editor/FileDrag.cpp
     source/editor/FileDrag.h
     source/editor/HostKeyboard.cpp
@@ -54,8 +56,8 @@ target_sources (Pulsewright PRIVATE
     source/editor/PercentSlider.h
     source/editor/PulsewrightAudioProcessorEditor.cpp
     source/editor/PulsewrightAudioProcessorEditor.h
-    source/editor/SaveDialog.cpp
-    source/editor/SaveDialog.h
+    source/editor/TakeMenu.cpp
+    source/editor/TakeMenu.h
     source/editor/Theme.cpp
     source/editor/Theme.h
     source/editor/X11Messages.cpp
@@ -96,7 +98,8 @@ target_link_libraries (Pulsewright
     PUBLIC
         pulsewright_export
         pulsewright_kit
-        pulsewright_playback)
+        pulsewright_playback
+        pulsewright_preset)
 
 # For tools and tests: the library, with the headers and the definitions that it was built with. The
 # modules are not compiled again. (The wrappers bring definitions of their own and link it as it is.)

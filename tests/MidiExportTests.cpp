@@ -71,7 +71,7 @@ TEST (MidiDragButton, StartsOneDragSixPixelsAway)
 TEST (MidiExport, NamesFilesAndWritesThem)
 {
     const auto folder = juce::File::getSpecialLocation (juce::File::tempDirectory);
-    const auto named  = [&] (const char* name) { return midiExport::withMidiExtension (folder.getChildFile (name)).getFileName(); };
+    const auto named  = [&] (const char* name) { return FileDialog::withExtension (folder.getChildFile (name), ".mid").getFileName(); };
     EXPECT_EQ (named ("groove"), "groove.mid");
     EXPECT_EQ (named ("groove.MID"), "groove.MID");
     EXPECT_EQ (named ("groove.txt"), "groove.mid");
@@ -83,7 +83,7 @@ TEST (MidiExport, NamesFilesAndWritesThem)
     for (const auto* odd : { "100% %s %n.mid", "it's \"so\".mid", "two\nlines.mid", " blank .mid", "\xc3\xbc\xe9\xbc\x93.mid", "-rf *.mid" })
     {
         const auto file = folder.getChildFile (juce::CharPointer_UTF8 (odd));
-        EXPECT_TRUE (midiExport::save (midiExport::withMidiExtension (file), DrumPattern {}, 90, error)) << odd << error;
+        EXPECT_TRUE (midiExport::save (FileDialog::withExtension (file, ".mid"), DrumPattern {}, 90, error)) << odd << error;
         EXPECT_GT (file.getSize(), 60) << odd;
         EXPECT_TRUE (file.deleteFile()) << odd;
     }

@@ -4,6 +4,8 @@
 #define JUCE_GUI_BASICS_INCLUDE_XHEADERS 1
 #include "HostKeyboard.h"
 
+#include "X11Messages.h"
+
 #include <algorithm>
 #include <utility>
 #include <vector>
@@ -78,13 +80,11 @@ struct HostKeyboard::X11
     // The owner may have gone in the meantime, an error that would end most hosts.
     static void giveTo (::Window owner)
     {
-        const juce::XWindowSystemUtilities::ScopedXLock lock;
+        ignoreX11ErrorsOfOurConnection();
 
-        functions().xSync (display(), False);
-        const auto handler = functions().xSetErrorHandler ([] (::Display*, XErrorEvent*) { return 0; });
+        const juce::XWindowSystemUtilities::ScopedXLock lock;
         setInputFocus (display(), owner, RevertToParent, CurrentTime);
-        functions().xSync (display(), False);
-        functions().xSetErrorHandler (handler);
+        functions().xFlush (display());
     }
 };
 
@@ -136,11 +136,13 @@ void HostKeyboard::setGetsKeys (bool shouldGetKeys)
 
 void HostKeyboard::update()
 {
-    if (window == 0)
+    const auto* peer = component.getPeer();
+
+    if (window == 0 || peer == nullptr)
         return;
 
     if (! isWanted() && formerOwner != 0)
-        if (const auto owner = std::exchange (formerOwner, 0); component.getPeer()->isFocused() || X11::isNobodyActive())
+        if (const auto owner = std::exchange (formerOwner, 0); peer->isFocused() || X11::isNobodyActive())
             X11::giveTo (owner);
 
     setGetsKeys (isWanted() || component.hasKeyboardFocus (true));

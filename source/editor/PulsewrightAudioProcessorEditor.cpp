@@ -172,7 +172,9 @@ PulsewrightAudioProcessorEditor::Export PulsewrightAudioProcessorEditor::selecte
 void PulsewrightAudioProcessorEditor::exportMidi (Export what)
 {
     const auto suggestion = what == Export::song ? midiExport::suggestedSongFile() : midiExport::suggestedPatternFile();
-    saveDialog.ask (suggestion, *this, [this, what] (const juce::File& file) { writeExport (file, what); });
+    saveDialog.ask ({ .title = "Save editable MIDI", .extension = ".mid", .suggestion = suggestion },
+                    *this,
+                    [this, what] (const juce::File& file) { writeExport (file, what); });
 }
 
 void PulsewrightAudioProcessorEditor::writeExport (const juce::File& file, Export what)
@@ -181,7 +183,10 @@ void PulsewrightAudioProcessorEditor::writeExport (const juce::File& file, Expor
     const auto save = [&] (const auto& music) { return midiExport::save (file, music, processor.getEffectiveBpm(), error); };
 
     if (std::visit (save, musicOf (what)))
+    {
+        takeMenu.noteExport (file);
         report (saveButton, "SAVED  " + file.getFileName(), "Saved " + file.getFullPathName());
+    }
     else
         report (saveButton, "EXPORT FAILED  " + asText (error), file.getFullPathName() + ": " + asText (error));
 }
@@ -204,6 +209,7 @@ void PulsewrightAudioProcessorEditor::reportDrag (juce::Button& button, const ju
     const auto* outcome =
         isStarted ? "File of the last drag: " : "Drag failed: another program holds the pointer, or the drag before is not over. The file is ";
     report (button, {}, outcome + file.getFullPathName());
+    takeMenu.noteExport (file);
 }
 
 void PulsewrightAudioProcessorEditor::report (juce::Button& button, const juce::String& shown, const juce::String& lasting)
@@ -227,7 +233,9 @@ void PulsewrightAudioProcessorEditor::timerCallback()
     if (regeneratePending && hasRested)
     {
         regeneratePending = false;
-        processor.regeneratePattern();
+
+        if (! processor.isAsBroughtBack())
+            processor.regeneratePattern();
     }
 
     if (lastSeenVersion != processor.getChangeCounter())
@@ -390,6 +398,12 @@ bool PulsewrightAudioProcessorEditor::keyPressed (const juce::KeyPress& key)
         return true;
     }
 
+    if (key == juce::KeyPress (juce::KeyPress::F10Key, juce::ModifierKeys::shiftModifier, 0))
+    {
+        takeMenu.show (patternGrid.getBounds().getCentre());
+        return true;
+    }
+
     if (key == juce::KeyPress::escapeKey && isNavigatedByKeyboard)
     {
         navigateByKeyboard (false);
@@ -417,7 +431,13 @@ void PulsewrightAudioProcessorEditor::mouseDown (const juce::MouseEvent& event)
     if (auto* peer = getPeer(); peer != nullptr && isKeyboardWanted())
         peer->grabFocus();
 
-    if (! event.mods.isPopupMenu() || getHostContext() == nullptr)
+    if (! event.mods.isPopupMenu())
+        return;
+
+    if (event.eventComponent == this || event.eventComponent == &statusLabel || event.eventComponent == &patternGrid)
+        return takeMenu.show (event.getEventRelativeTo (this).getPosition());
+
+    if (getHostContext() == nullptr)
         return;
 
     for (auto* control = event.eventComponent; control != nullptr && control != this; control = control->getParentComponent())

@@ -6,11 +6,12 @@
 #pragma once
 
 #include "EditorLayout.h"
+#include "FileDialog.h"
 #include "HostKeyboard.h"
 #include "MidiDragButton.h"
 #include "PatternGrid.h"
 #include "PercentSlider.h"
-#include "SaveDialog.h"
+#include "TakeMenu.h"
 #include "Theme.h"
 #include "X11Messages.h"
 
@@ -138,7 +139,8 @@ private:
     PatternGrid patternGrid;
 
     juce::TooltipWindow tooltips { this };
-    SaveDialog saveDialog;
+    FileDialog saveDialog;
+    TakeMenu takeMenu { processor, *this };
 
     std::uint32_t lastSeenVersion = 0; // of the processor's change counter
     double lastSliderChangeMs     = 0.0;

@@ -62,11 +62,6 @@ juce::File suggestedPatternFile()
     return documentFile ("Pulsewright Pattern.mid");
 }
 
-juce::File withMidiExtension (const juce::File& chosen)
-{
-    return chosen.hasFileExtension ("mid") ? chosen : chosen.withFileExtension ("mid");
-}
-
 bool save (const juce::File& file, const SongArrangement& song, int tempoBpm, std::string& errorText)
 {
     return MidiFileWriter::saveSongToMidiFile (file.getFullPathName().toStdString(), song, tempoBpm, &errorText);

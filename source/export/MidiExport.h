@@ -11,16 +11,13 @@
 
 #include <string>
 
-/** Thread: message. All of it touches the disk, but withMidiExtension(). */
+/** Thread: message. All of it touches the disk. */
 namespace pulsewright::midiExport
 {
 
 /** What the save dialog suggests, in the user's documents. */
 juce::File suggestedSongFile();
 juce::File suggestedPatternFile();
-
-/** The chosen file with the extension that it must have: groove and groove.txt become groove.mid. */
-juce::File withMidiExtension (const juce::File& chosen);
 
 /** Writes a file. @param errorText  receives the writer's message on failure */
 bool save (const juce::File& file, const SongArrangement& song, int tempoBpm, std::string& errorText);

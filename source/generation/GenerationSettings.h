@@ -53,6 +53,8 @@ struct GenerationSettings
 
     /** The probability that belongs to a lane, 0 to 1. */
     float probabilityOf (DrumLane lane) const noexcept;
+
+    bool operator== (const GenerationSettings&) const = default;
 };
 
 //==============================================================================

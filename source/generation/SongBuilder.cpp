@@ -148,9 +148,8 @@ SongArrangement SongBuilder::buildSong (const GenerationSettings& settings, std:
     if (entries.empty())
         return song;
 
-    constexpr std::uint32_t firstSectionSeed = 100; // every section has a random stream of its own
-    const auto sectionBars                   = shareOut (totalBars, entries);
-    std::uint32_t startBar                   = 0;
+    const auto sectionBars = shareOut (totalBars, entries);
+    std::uint32_t startBar = 0;
 
     song.sections.reserve (entries.size());
 
@@ -188,6 +187,13 @@ std::int32_t SongBuilder::durationSeconds (Genre genre, std::uint32_t durationIn
 std::string_view SongBuilder::structureName (std::uint32_t structure) noexcept
 {
     return structureOf (structure).name;
+}
+
+std::string_view SongBuilder::sectionLabel (std::uint32_t structure, std::uint32_t seed) noexcept
+{
+    const auto entries = structureOf (structure).entries;
+    const auto index   = seed - firstSectionSeed; // of an earlier seed a large number
+    return index < entries.size() ? entries[index].label : std::string_view();
 }
 
 } // namespace pulsewright

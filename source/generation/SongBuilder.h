@@ -35,6 +35,9 @@ struct SongBuilder
     static constexpr std::int32_t minBars = 16;
     static constexpr std::int32_t maxBars = 384;
 
+    /** The seed argument of the first section; the next one has the next. */
+    static constexpr std::uint32_t firstSectionSeed = 100;
+
     /** @param bars       clamped to 16..384; below 1 the genre's own tempo and average length decide
         @param structure  0 Classic, 1 Verse / Chorus, 2 Club, 3 Minimal; 4 is Classic again, and
                           anything above gives a song without sections
@@ -49,6 +52,9 @@ struct SongBuilder
 
     /** The name of structure 0 to 3, and of Classic for any other value. */
     static std::string_view structureName (std::uint32_t structure) noexcept;
+
+    /** The label of the section with this seed argument; empty where the structure has none. */
+    static std::string_view sectionLabel (std::uint32_t structure, std::uint32_t seed) noexcept;
 };
 
 } // namespace pulsewright

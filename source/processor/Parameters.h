@@ -7,6 +7,7 @@
 
 #include "generation/GenerationSettings.h"
 #include "generation/Genre.h"
+#include "preset/ParameterIds.h"
 
 #include <juce_audio_processors/juce_audio_processors.h>
 
@@ -15,17 +16,6 @@
 
 namespace pulsewright
 {
-
-/** The keys by which hosts automate and states are stored; those of the controls are in allSettings. They never change. */
-namespace parameterID
-{
-    inline constexpr const char* genre         = "genre";
-    inline constexpr const char* playMode      = "play_mode";
-    inline constexpr const char* patternLength = "pattern_length";
-    inline constexpr const char* songDuration  = "song_duration";
-    inline constexpr const char* songStructure = "song_structure";
-    inline constexpr const char* soundKit      = "sound_kit";
-} // namespace parameterID
 
 /** The eighteen parameters in the order in which hosts list them. */
 juce::AudioProcessorValueTreeState::ParameterLayout createLayout();

@@ -7,6 +7,8 @@
 
 #include "generation/SongBuilder.h"
 
+#include <algorithm>
+
 namespace pulsewright
 {
 
@@ -28,13 +30,54 @@ void PulsewrightAudioProcessor::refreshSettings()
 
 void PulsewrightAudioProcessor::takeNextSalt()
 {
-    settings.seed = saltOf (seedCounter.fetch_add (1));
+    counter       = seedCounter.fetch_add (1);
+    settings.seed = saltOf (counter);
+}
+
+Take PulsewrightAudioProcessor::takeOfSettings (Take::Kind kind) const
+{
+    Take take { .kind = kind, .counter = counter, .settings = settings };
+
+    if (kind == Take::Kind::groove)
+    {
+        take.section = pattern.sectionType;
+        take.bars    = pattern.bars;
+    }
+
+    take.structure = values.songStructure();
+    take.duration  = values.songDuration();
+    take.tempo     = getEffectiveBpm();
+    take.kit       = static_cast<std::uint32_t> (values.soundKit());
+    return take;
+}
+
+KeptTake PulsewrightAudioProcessor::keptTake (KeptTake::Origin origin) const
+{
+    return { origin, takeOfSettings (madeLast), std::make_shared<const DrumPattern> (pattern), song, patternTake, songTake, 0 };
 }
 
 void PulsewrightAudioProcessor::buildSongFromSettings()
 {
     songForm = { settings.genre, values.songDuration(), values.songStructure() };
     song     = std::make_shared<const SongArrangement> (SongBuilder::buildSong (settings, getSongBarCount (getEffectiveBpm()), songForm.structure));
+    songTake = takeOfSettings (Take::Kind::song);
+    broughtBack.reset();
+}
+
+void PulsewrightAudioProcessor::generate (SectionType type, std::int32_t bars)
+{
+    pattern     = GrooveGenerator::generate (settings, type, bars, 0);
+    patternTake = takeOfSettings (Take::Kind::groove);
+    broughtBack.reset();
+}
+
+void PulsewrightAudioProcessor::showSection (std::uint32_t index)
+{
+    pattern     = song->sections[index].pattern;
+    patternTake = songTake;
+
+    if (patternTake)
+        patternTake = sectionOf (*songTake, index, pattern);
 }
 
 void PulsewrightAudioProcessor::openWithVerse()
@@ -42,9 +85,11 @@ void PulsewrightAudioProcessor::openWithVerse()
     constexpr std::int32_t openingBars = 2;
 
     refreshSettings();
-    pattern = GrooveGenerator::generate (settings, SectionType::verse, openingBars, 0);
+    generate (SectionType::verse, openingBars);
     buildSongFromSettings();
     publishPlaybackData();
+    madeLast = Take::Kind::groove;
+    history.add (keptTake (KeptTake::Origin::opened));
 }
 
 template <typename Change>
@@ -75,9 +120,11 @@ void PulsewrightAudioProcessor::generatePattern (SectionType kind)
         {
             refreshSettings();
             takeNextSalt();
-            pattern = GrooveGenerator::generate (settings, kind, values.patternBars(), 0);
+            generate (kind, values.patternBars());
             player.forgetTrigger();
             publishPattern();
+            madeLast = Take::Kind::groove;
+            history.add (keptTake (KeptTake::Origin::generated));
         });
 }
 
@@ -88,13 +135,17 @@ void PulsewrightAudioProcessor::mutatePattern()
         {
             // The nudges call the host under the lock: nobody may change the material between them
             // and the mutation. The lock is recursive, so a host may call back.
-            const auto counter = ++seedCounter;
-            nudgeMacros (counter);
+            const auto seed = ++seedCounter;
+            nudgeMacros (seed);
             refreshSettings();
 
-            pattern = GrooveGenerator::mutate (settings, pattern, currentLocks(), counter);
+            pattern = GrooveGenerator::mutate (settings, pattern, currentLocks(), seed);
+            patternTake.reset();
+            broughtBack.reset();
             player.forgetTrigger();
             publishPattern();
+            madeLast = Take::Kind::groove;
+            history.add (keptTake (KeptTake::Origin::mutated));
         });
 }
 
@@ -130,9 +181,10 @@ void PulsewrightAudioProcessor::regeneratePattern()
         [&]
         {
             refreshSettings();
-            pattern = GrooveGenerator::generate (settings, pattern.sectionType, pattern.bars, 0);
+            generate (pattern.sectionType, pattern.bars);
             buildSongFromSettings();
             publishPlaybackData();
+            history.follow (keptTake (KeptTake::Origin::generated));
         });
 }
 
@@ -146,10 +198,12 @@ void PulsewrightAudioProcessor::buildSong()
             buildSongFromSettings();
 
             if (! song->sections.empty())
-                pattern = song->sections.front().pattern;
+                showSection (0);
 
             player.forgetTrigger();
             publishPlaybackData();
+            madeLast = Take::Kind::song;
+            history.add (keptTake (KeptTake::Origin::generated));
         });
 }
 
@@ -161,7 +215,7 @@ void PulsewrightAudioProcessor::selectSection (int index)
         if (! juce::isPositiveAndBelow (index, static_cast<int> (song->sections.size())))
             return;
 
-        pattern = song->sections[static_cast<std::size_t> (index)].pattern;
+        showSection (static_cast<std::uint32_t> (index));
         player.forgetTrigger();
         publishPattern();
         ++changeCounter;
@@ -177,6 +231,9 @@ void PulsewrightAudioProcessor::setMaterial (DrumPattern newPattern, SongArrange
         {
             pattern = std::move (newPattern);
             song    = std::make_shared<const SongArrangement> (std::move (newSong));
+            patternTake.reset();
+            songTake.reset();
+            broughtBack.reset();
             player.forgetTrigger();
             publishPlaybackData();
         });
@@ -190,9 +247,130 @@ void PulsewrightAudioProcessor::rebuildFromCounter()
     changeMaterial (
         [&]
         {
-            settings.seed = saltOf (seedCounter.load());
+            counter       = seedCounter.load();
+            settings.seed = saltOf (counter);
             openWithVerse();
         });
+}
+
+//==============================================================================
+PulsewrightAudioProcessor::Restore::Restore (PulsewrightAudioProcessor& owner) : processor (owner), oneAtATime (owner.restoreLock)
+{
+    ++processor.restoresUnderway;
+}
+
+PulsewrightAudioProcessor::Restore::~Restore()
+{
+    ++processor.restoreCount;
+    --processor.restoresUnderway;
+}
+
+void PulsewrightAudioProcessor::setParametersOf (const Take& take)
+{
+    const auto set = [this] (const char* id, auto value)
+    {
+        auto* parameter = parameters.getParameter (id);
+        parameter->setValueNotifyingHost (parameter->convertTo0to1 (static_cast<float> (value)));
+    };
+
+    set (parameterID::genre, take.settings.genre);
+
+    for (const auto& setting : allSettings)
+        set (setting.id, take.settings.*setting.field);
+
+    if (const auto length = std::ranges::find (patternLengths, take.bars); take.kind == Take::Kind::groove && length != patternLengths.end())
+        set (parameterID::patternLength, length - patternLengths.begin());
+
+    set (parameterID::songStructure, take.structure);
+    set (parameterID::songDuration, take.duration);
+    set (parameterID::soundKit, take.kit);
+    set (parameterID::playMode, take.kind);
+}
+
+void PulsewrightAudioProcessor::show (const KeptTake& kept)
+{
+    settings    = kept.take.settings;
+    broughtBack = settings;
+    counter     = kept.take.counter;
+    madeLast    = kept.take.kind;
+    pattern     = *kept.pattern;
+    song        = kept.song;
+    songForm    = { settings.genre, kept.take.duration, kept.take.structure };
+    patternTake = kept.patternTake;
+    songTake    = kept.songTake;
+    player.forgetTrigger();
+    publishPlaybackData();
+}
+
+void PulsewrightAudioProcessor::playTake (const Take& take)
+{
+    KeptTake pasted;
+    pasted.origin      = KeptTake::Origin::pasted;
+    pasted.take        = take;
+    pasted.pattern     = std::make_shared<const DrumPattern> (patternOf (take));
+    pasted.song        = std::make_shared<const SongArrangement> (songOf (take));
+    pasted.patternTake = take.kind == Take::Kind::groove ? take : sectionOf (take, 0, *pasted.pattern);
+    pasted.songTake    = songBeside (take);
+
+    const Restore underway (*this);
+    setParametersOf (take);
+    changeMaterial (
+        [&]
+        {
+            seedCounter = take.counter + 1;
+            show (pasted);
+            history.add (pasted);
+        });
+    tellHostStateChanged();
+}
+
+bool PulsewrightAudioProcessor::playEarlierTake (std::uint32_t id)
+{
+    const auto kept = [&]() -> std::optional<KeptTake>
+    {
+        const juce::ScopedLock lock (dataLock);
+        const auto* found = history.bringBack (id);
+        return found != nullptr ? std::optional (*found) : std::nullopt;
+    }();
+
+    if (! kept)
+        return false;
+
+    const Restore underway (*this);
+    setParametersOf (kept->take);
+    changeMaterial ([&] { show (*kept); });
+    tellHostStateChanged();
+    return true;
+}
+
+std::deque<KeptTake> PulsewrightAudioProcessor::getEarlierTakes() const
+{
+    const juce::ScopedLock lock (dataLock);
+    return history.takes();
+}
+
+std::optional<Take> PulsewrightAudioProcessor::getChosenTake() const
+{
+    const juce::ScopedLock lock (dataLock);
+    auto take = values.playsFullSong() ? songTake : patternTake;
+
+    if (take)
+        take->kit = static_cast<std::uint32_t> (values.soundKit());
+
+    return take;
+}
+
+bool PulsewrightAudioProcessor::isAsBroughtBack() const
+{
+    const juce::ScopedLock lock (dataLock);
+
+    if (! broughtBack)
+        return false;
+
+    auto chosen  = *broughtBack;
+    chosen.genre = values.genre();
+    chosen.setValues (values.settingsValues());
+    return chosen == *broughtBack;
 }
 
 //==============================================================================
@@ -278,8 +456,7 @@ void PulsewrightAudioProcessor::setStateInformation (const void* data, int size)
     if (! state)
         return;
 
-    const juce::ScopedLock lock (dataLock); // one restore at a time, from whichever thread
-    ++restoresUnderway;
+    const Restore underway (*this);
     seedCounter = state->seedCounter;
 
     for (std::size_t lane = 0; lane < laneLocks.size(); ++lane)
@@ -287,8 +464,6 @@ void PulsewrightAudioProcessor::setStateInformation (const void* data, int size)
 
     parameters.replaceState (state->parameters);
     rebuildFromCounter();
-    ++restoreCount;
-    --restoresUnderway;
 }
 
 //==============================================================================

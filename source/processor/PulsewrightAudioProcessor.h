@@ -10,6 +10,7 @@
 
 #include "generation/GrooveGenerator.h"
 #include "generation/SongArrangement.h"
+#include "generation/TakeHistory.h"
 
 #include <juce_audio_processors/juce_audio_processors.h>
 
@@ -58,6 +59,32 @@ public:
 
     DrumPattern getPattern() const;
     SongArrangement getSong() const;
+
+    /** Says that what would be saved has changed without a parameter moving. Blocks: in the host alone. */
+    void tellHostStateChanged();
+
+    //==============================================================================
+    // Takes that come back. Thread and locks as above.
+
+    /** Plays a take, whatever the session's tempo: sets the parameters as a restore does, makes its groove and its song,
+        and goes on counting from it.
+        @param take  as takeOf() gives it
+    */
+    void playTake (const Take& take);
+
+    /** The take of what playback has chosen, the song or the groove, with the kit of now; nothing for what has no code. */
+    std::optional<Take> getChosenTake() const;
+
+    /** What this instance has played since it was made, the newest first; at most TakeHistory::capacity. */
+    std::deque<KeptTake> getEarlierTakes() const;
+
+    /** Plays one of them as it was, with its settings. The seed counter stays. @returns false when it is no longer kept */
+    bool playEarlierTake (std::uint32_t id);
+
+    /** Whether the knobs stand where the take that came back last has put them, and nothing was made since: then what they
+        report is its echo, and there is nothing to make anew.
+    */
+    bool isAsBroughtBack() const;
 
     /** What decides which song is built. */
     struct SongForm
@@ -156,6 +183,22 @@ private:
     void publishPlaybackData();
     void publishPattern();
     void openWithVerse(); ///< as a new or a restored instance does, and its song with it
+    void generate (SectionType type, std::int32_t bars);
+    void showSection (std::uint32_t index);
+    Take takeOfSettings (Take::Kind kind) const; ///< the last counter under the present settings
+    KeptTake keptTake (KeptTake::Origin origin) const;
+    void show (const KeptTake& kept);
+    void setParametersOf (const Take& take); ///< without the lock
+
+    /** While one lives, what moves the parameters is no user's action. One at a time. */
+    struct Restore
+    {
+        explicit Restore (PulsewrightAudioProcessor& owner);
+        ~Restore();
+
+        PulsewrightAudioProcessor& processor;
+        const juce::ScopedLock oneAtATime;
+    };
 
     /** Runs a change of the material under the data lock and counts it. */
     template <typename Change>
@@ -168,10 +211,11 @@ private:
     void rebuildFromCounter(); ///< after a restore
     LaneLocks currentLocks() const noexcept;
     BlockPlayer::Said askHost() const; ///< where its transport is
-    void tellHostStateChanged();
 
     const ParameterReader values;  // any thread
     BlockPlayer player { values }; // its parts say which thread
+
+    juce::CriticalSection restoreLock; // taken before the other
 
     // under dataLock
     juce::CriticalSection dataLock;
@@ -179,7 +223,12 @@ private:
     DrumPattern pattern;
     std::shared_ptr<const SongArrangement> song = std::make_shared<const SongArrangement>(); // shared with what is published
     SongForm songForm {};                                                                    // that the song was built to
-    PlaybackSnapshot published;                                                              // the publisher's copy of what is current
+    std::uint32_t counter = 0;                                                               // whose salt the settings have
+    std::optional<Take> patternTake, songTake;                                               // where they came from, if from a take
+    Take::Kind madeLast = Take::Kind::groove;
+    std::optional<GenerationSettings> broughtBack; // with the take that came back last
+    TakeHistory history;
+    PlaybackSnapshot published; // the publisher's copy of what is current
 
     // both, atomic
     std::array<std::atomic<bool>, laneCount> laneLocks {};

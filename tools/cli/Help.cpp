@@ -69,7 +69,7 @@ std::string helpOf (Command command)
 
     if (command == tool)
         text += "\nWithout an output option a pattern is printed as a grid and a song as a table.\n"
-                "Exit status: 0; 1 for what could not be written; 2 for a bad command line.\n";
+                "Exit status: 0; 1 for what could not be written; 2 for a bad command line; 130 after Ctrl-C.\n";
 
     return text;
 }

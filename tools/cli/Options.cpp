@@ -243,7 +243,8 @@ std::string described (const Values& values)
 
 double valueOf (const Option& option, std::string_view text)
 {
-    const auto digits = text.substr (text.starts_with ('+') ? 1 : 0);
+    const bool isNumber = std::holds_alternative<Whole> (option.values) || std::holds_alternative<Decimal> (option.values);
+    const auto digits   = text.substr (isNumber && text.starts_with ('+') ? 1 : 0);
 
     if (const auto value = std::visit (Reader { digits }, option.values))
         return *value;

@@ -14,6 +14,10 @@
 #include <system_error>
 #include <unistd.h>
 
+#if __APPLE__
+#include <mach-o/dyld.h>
+#endif
+
 extern char** environ; // NOLINT(readability-redundant-declaration): not everywhere in unistd.h
 
 namespace pulsewright::cli
@@ -23,10 +27,23 @@ namespace fs = std::filesystem;
 
 namespace
 {
+    fs::path ownPath (std::error_code& error)
+    {
+#if __APPLE__
+        std::array<char, 4096> path {};
+        auto size = static_cast<std::uint32_t> (path.size());
+
+        ::_NSGetExecutablePath (path.data(), &size); // too long a path leaves it empty, which is no file
+        return fs::canonical (path.data(), error);
+#else
+        return fs::read_symlink ("/proc/self/exe", error);
+#endif
+    }
+
     fs::path placeOf (std::string_view name)
     {
         std::error_code error;
-        const auto folder = fs::read_symlink ("/proc/self/exe", error).parent_path();
+        const auto folder = ownPath (error).parent_path();
 
         if (error) // never a program of the working directory's
             throw WriteFailure ("This command does not find its own folder (" + error.message() + ")");
@@ -43,8 +60,11 @@ namespace
     {
         Pipe()
         {
-            if (::pipe2 (ends.data(), O_CLOEXEC) != 0)
+            if (::pipe (ends.data()) != 0)
                 throw WriteFailure ("No pipe could be made (" + std::generic_category().message (errno) + ")");
+
+            for (const int end : ends)
+                ::fcntl (end, F_SETFD, FD_CLOEXEC);
         }
 
         ~Pipe()

@@ -5,6 +5,8 @@
 
 #pragma once
 
+#include "generation/Take.h"
+
 #include <array>
 #include <cstdint>
 #include <string_view>
@@ -17,6 +19,7 @@ inline constexpr std::array<std::string_view, 5> kitNames { "Studio", "808", "Du
 
 /** From this index on there is no sound. */
 inline constexpr int midiOnly = static_cast<int> (kitNames.size()) - 1;
+static_assert (kitNames.size() == Take::kitCount);
 
 /** What a stroke is made of; fixed when the voice starts. Rates are per second, frequencies in hertz. */
 struct DrumSound

@@ -1,17 +1,13 @@
 // SPDX-FileCopyrightText: 2026 Tolm
 // SPDX-License-Identifier: AGPL-3.0-only
 
-#include "SaveDialog.h"
-
-#include "export/MidiExport.h"
+#include "FileDialog.h"
 
 namespace pulsewright
 {
 
 namespace
 {
-    constexpr const char* dialogTitle = "Save editable MIDI";
-
     // No one reads a dialog and cancels it faster; a program that cannot start is gone by then.
     constexpr double shortestDialogMs = 500.0;
 
@@ -74,25 +70,35 @@ namespace
     }
 } // namespace
 
-void SaveDialog::ask (const juce::File& newSuggestion, juce::Component& newWindow, std::function<void (const juce::File&)> newChosen)
+juce::File FileDialog::withExtension (const juce::File& chosen, const juce::String& extension)
 {
-    suggestion = newSuggestion;
-    window     = &newWindow;
-    chosen     = std::move (newChosen);
+    return chosen.hasFileExtension (extension) ? chosen : chosen.withFileExtension (extension);
+}
+
+void FileDialog::ask (Request newRequest, juce::Component& newWindow, std::function<void (const juce::File&)> newChosen)
+{
+    request = std::move (newRequest);
+    window  = &newWindow;
+    chosen  = std::move (newChosen);
     open (true);
 }
 
-void SaveDialog::open (bool platformsOwn)
+void FileDialog::open (bool platformsOwn)
 {
     const auto isPlatforms = platformsOwn && isPlatformDialogUsable();
 
     // JUCE changes the process's working directory to start the dialog's program: it is the host's.
     const auto workingDirectory = juce::File::getCurrentWorkingDirectory();
 
-    chooser =
-        std::make_unique<juce::FileChooser> (dialogTitle, suggestion, "*.mid", isPlatforms, false, isPlatforms ? nullptr : window.getComponent());
-    chooser->launchAsync (juce::FileBrowserComponent::saveMode | juce::FileBrowserComponent::canSelectFiles
-                              | juce::FileBrowserComponent::warnAboutOverwriting,
+    chooser = std::make_unique<juce::FileChooser> (request.title,
+                                                   request.suggestion,
+                                                   "*" + request.extension,
+                                                   isPlatforms,
+                                                   false,
+                                                   isPlatforms ? nullptr : window.getComponent());
+    chooser->launchAsync ((request.isToRead ? juce::FileBrowserComponent::openMode
+                                            : juce::FileBrowserComponent::saveMode | juce::FileBrowserComponent::warnAboutOverwriting)
+                              | juce::FileBrowserComponent::canSelectFiles,
                           [self = juce::WeakReference (this), isPlatforms] (const juce::FileChooser& c)
                           {
                               if (self != nullptr)
@@ -107,7 +113,7 @@ void SaveDialog::open (bool platformsOwn)
     workingDirectory.setAsCurrentWorkingDirectory();
 }
 
-void SaveDialog::finished (const juce::File& file, bool platformsOwn)
+void FileDialog::finished (const juce::File& file, bool platformsOwn)
 {
     if (file == juce::File())
     {
@@ -125,7 +131,10 @@ void SaveDialog::finished (const juce::File& file, bool platformsOwn)
         return;
     }
 
-    const auto target = midiExport::withMidiExtension (file);
+    if (request.isToRead)
+        return chosen (file);
+
+    const auto target = withExtension (file, request.extension);
 
     if (target == file || ! target.existsAsFile())
         return chosen (target);
@@ -133,7 +142,7 @@ void SaveDialog::finished (const juce::File& file, bool platformsOwn)
     // The dialog asked about the name that was typed, which is not the one that will be written.
     question =
         juce::AlertWindow::showScopedAsync (juce::MessageBoxOptions::makeOptionsOkCancel (juce::MessageBoxIconType::QuestionIcon,
-                                                                                          dialogTitle,
+                                                                                          request.title,
                                                                                           target.getFileName() + " already exists. Replace it?",
                                                                                           "Replace",
                                                                                           "Cancel",

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Tolm
 // SPDX-License-Identifier: AGPL-3.0-only
 
-// Asks where to save a MIDI file, with the platform's dialog where it works.
+// Asks for a file to write or to read, with the platform's dialog where it works.
 
 #pragma once
 
@@ -19,14 +19,25 @@ namespace pulsewright
     its own (it sets the library path) that program may end at once without having shown anything,
     which looks like a cancelled dialog; then JUCE's own dialog opens instead.
 */
-class SaveDialog
+class FileDialog
 {
 public:
+    struct Request
+    {
+        juce::String title;
+        juce::String extension; ///< with its point; a file to write gets it
+        juce::File suggestion {};
+        bool isToRead = false;
+    };
+
+    /** The file with the extension that it must have: groove and groove.txt become groove.mid. */
+    static juce::File withExtension (const juce::File& chosen, const juce::String& extension);
+
     /** Opens the dialog; one that is still open is closed.
-        @param chosen  called with the file that will be written, once the user has agreed to
-                       replace it where it exists; not called when the dialog is cancelled
+        @param chosen  called with the file; where it is to be written, once the user has agreed to
+                       replace it where it exists. Not called when the dialog is cancelled
     */
-    void ask (const juce::File& suggestion, juce::Component& window, std::function<void (const juce::File&)> chosen);
+    void ask (Request request, juce::Component& window, std::function<void (const juce::File&)> chosen);
 
 private:
     void open (bool platformsOwn);
@@ -35,11 +46,11 @@ private:
     std::unique_ptr<juce::FileChooser> chooser;
     juce::ScopedMessageBox question;
     double openedAtMs = 0.0;
-    juce::File suggestion;
+    Request request;
     juce::Component::SafePointer<juce::Component> window;
     std::function<void (const juce::File&)> chosen;
 
-    JUCE_DECLARE_WEAK_REFERENCEABLE (SaveDialog)
+    JUCE_DECLARE_WEAK_REFERENCEABLE (FileDialog)
 };
 
 } // namespace pulsewright
