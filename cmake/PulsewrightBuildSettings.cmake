@@ -36,6 +36,11 @@ if (CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     add_compile_options ($<$<COMPILE_LANGUAGE:CXX>:-fno-gnu-unique>)
 endif()
 
+# GCC 12's std::stable_sort uses a buffer that newer Clangs warn of as deprecated. GCC goes on warning of what we call.
+if (CMAKE_CXX_COMPILER_ID STREQUAL "Clang" AND CMAKE_CXX_COMPILER_VERSION VERSION_GREATER_EQUAL 17)
+    add_compile_options ($<$<COMPILE_LANGUAGE:CXX>:-Wno-deprecated-declarations>)
+endif()
+
 set (PULSEWRIGHT_OWN_FLAGS "" CACHE STRING "Compiler flags for our own files, not for JUCE's: such as a sanitizer")
 separate_arguments (PULSEWRIGHT_OWN_FLAGS)
 
