@@ -58,4 +58,5 @@ add_library (pulsewright_warnings INTERFACE)
 target_compile_options (pulsewright_warnings INTERFACE
     ${PULSEWRIGHT_OWN_FLAGS}
     "$<$<CXX_COMPILER_ID:GNU,Clang,AppleClang>:${own_warnings}>"
+    $<$<AND:$<CXX_COMPILER_ID:GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-restrict> # "a" + std::string: its bug 105651
     $<$<CXX_COMPILER_ID:MSVC>:/W4>)

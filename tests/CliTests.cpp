@@ -36,7 +36,7 @@ TEST (Cli, OptionsReachTheMusic)
     EXPECT_EQ (jsonFrom<DrumPattern> ("pattern --section 6 --bars 0xC0 --seed +9 --mutate 5 --lock kick,HATS" + options), mutated);
     EXPECT_EQ (jsonFrom<SongArrangement> ("song --structure 2 --bars 384" + options), SongBuilder::buildSong (settings, 384, 2));
     EXPECT_EQ (jsonFrom ("song --duration 5:00 --tempo 174").at ("totalBars"), 216);
-    EXPECT_EQ (jsonFrom ("song --tempo 30 --salt 0xE60B2026"), jsonFrom ("song --bars 28 --take 0"));
+    EXPECT_EQ (jsonFrom ("song --tempo 30 --salt 0xE60B2026").at ("sections"), jsonFrom ("song --bars 28 --take 0").at ("sections"));
 
     auto fresh = snapped ({ .seed = saltOf (1) }, GenerationSettings().values());
     EXPECT_EQ (jsonFrom<DrumPattern> ("pattern"), GrooveGenerator::generate (fresh, SectionType::verse, 2, 0));
@@ -49,8 +49,8 @@ TEST (Cli, BadLinesEndWithTheChoices)
 {
     // clang-format off
     const std::vector<std::pair<std::string, std::string>> badLines {
-        { "",                                   "No command is given; the commands are pattern, song and window" },
-        { "tune --bars 2",                      "\"tune\" is no command; the commands are pattern, song and window" },
+        { "",                                   "No command is given; the commands are pattern, song, window," },
+        { "tune --bars 2",                      "\"tune\" is no command; the commands are pattern, song, window," },
         { "one pattern two --three four",       "expected: one two --three four (" },
         { "pattern song",                       "expected: song (" },
         { "--completions bash pattern",         "excludes" },
@@ -93,6 +93,19 @@ TEST (Cli, BadLinesEndWithTheChoices)
         { "song --duration 2:00 --bars 16",     "excludes" },
         { "song --bars 15",                     "from 16 to 384" },
         { "song --bars 385",                    "from 16 to 384" },
+        { "pattern --code PW1-X",               "46 letters after PW1" },
+        { "pattern --only kick,cow",            "Snare" },
+        { "pattern --map 36=35",                "--map requires --midi" },
+        { "pattern --midi a --map 36",          "not like 36=35" },
+        { "pattern --midi a --map 36=128",      "from 0 to 127" },
+        { "song --markers",                     "--markers requires --midi" },
+        { "show",                               "FILE is required" },
+        { "show nothing",                       "nothing: could not be read" },
+        { "show /dev/null",                     "no preset" },
+        { "preset PW1-X",                       "46 letters" },
+        { "preset $($T pattern | tail -n 1)",   "nothing to write" },
+        { "preset $($T pattern --bars 4 | tail -n 1) --state a", "two bars" },
+        { "preset $($T song --tempo 300 | tail -n 1) --state a", "80 bars, and this one has 264" },
         { "window",                             "--png is required" },
         { "window --png a --scale 4.1",         "number from 0.5 to 4" },
         { "window --png a --width 0",           "from 1 to 4000" }
@@ -113,13 +126,53 @@ TEST (Cli, BadLinesEndWithTheChoices)
     fs::remove_all (folder);
 }
 
+TEST (Cli, CodesBringTakesBack)
+{
+    const auto folder = scratch();
+
+    // Printed, read again, and written over one of its values: the same take, and another one.
+    for (const auto* line : { "pattern --genre trap --take 7 --section fill --bars 5 --swing 0.777 --tempo 141",
+                              "song --genre dub --salt 1 --bars 33",
+                              "song --structure club --duration 5:00 --take 4294967295" })
+    {
+        const auto command = std::string (line).substr (0, std::string (line).find (' '));
+        const auto made    = jsonFrom (line);
+        const auto code    = made.at ("code").get<std::string>();
+        EXPECT_EQ (jsonFrom (command + " --code " + code), made) << line;
+        EXPECT_EQ (jsonFrom (command + " --code " + code + " --density 0.9"), jsonFrom (std::string (line) + " --density 0.9"));
+        EXPECT_NE (cli (line).output.find ("\n" + code + "\n"), std::string::npos);
+    }
+
+    EXPECT_EQ (jsonFrom ("pattern --code $(" PULSEWRIGHT_TEST_CLI " song --take 5 | tail -n 1)").at ("name"), "Intro");
+    EXPECT_FALSE (jsonFrom ("pattern --mutate 1").contains ("code") || jsonFrom ("pattern --seed 1").contains ("code")
+                  || jsonFrom ("song --salt 0").contains ("code"));
+
+    // Through each kind of preset.
+    EXPECT_EQ (inFolder (folder,
+                         "c=$($T pattern --genre house --take 99 --kick-probability 0.5 | tail -n 1);"
+                         "$T preset $c --vstpreset a.vstpreset --lv2 a.lv2 --state a.state --name 'A \"B\" & C';"
+                         "for f in a.vstpreset a.lv2/presets.ttl a.state; do test $($T show $f) = $c || echo $f; done")
+                   .output,
+               "");
+
+    // Lanes, other notes and markers.
+    EXPECT_EQ (
+        inFolder (folder,
+                  "$T song --take 3 --only snare,perc --map 38=60,40=61 --markers --midi s.mid; midicsv s.mid | awk -F', ' '"
+                  "/Note_on/ && $6 > 0 { notes[$5] = 1 } /Marker_t/ { names = names $4 } END { for (n in notes) print n; print names }' | sort -n")
+            .output,
+        "\"Intro\"\"Verse A\"\"Pre-Chorus\"\"Chorus\"\"Verse B\"\"Breakdown\"\"Chorus High\"\"Outro\"\n45\n47\n50\n60\n61\n");
+
+    fs::remove_all (folder);
+}
+
 TEST (Cli, ManualPageAndCompletionsHaveEveryOption)
 {
     const auto folder = scratch();
 
     // What is missing is printed; roff has a backslash before every minus, and fish an l in place of two.
     EXPECT_EQ (inFolder (folder,
-                         "for c in '' pattern song window; do $T $c --help; done | grep -oE -e '--[a-z][a-z-]*' | sort -u > options;"
+                         "for c in '' pattern song window show preset; do $T $c --help; done | grep -oE -e '--[a-z][a-z-]*' | sort -u > options;"
                          "test $(wc -l < options) -gt 25 || cat options; cp "
                              + quoted (PULSEWRIGHT_MANUAL_PAGE)
                              + " manual;"
@@ -132,7 +185,7 @@ TEST (Cli, ManualPageAndCompletionsHaveEveryOption)
     const std::string bash = R"(bash -c '. ./bash; COMP_WORDS=(cli "$@"); COMP_CWORD=$#; _pulsewright_cli; echo "${COMPREPLY[*]}"' - )";
     const std::string fish = R"(fish --no-config -c 'source fish; complete -C "pulsewright-cli $argv"' )";
 
-    const std::vector<std::pair<std::string, std::string>> offers { { bash + "p", "pattern" },
+    const std::vector<std::pair<std::string, std::string>> offers { { bash + "pa", "pattern" },
                                                                     { bash + "--completions z", "zsh" },
                                                                     { bash + "song --st", "--structure" },
                                                                     { bash + "song --structure V", "Verse\\ /\\ Chorus" },
@@ -159,7 +212,9 @@ TEST (Cli, PrintsWithinEightyColumns)
                               "--help",
                               "pattern --help",
                               "song --help",
-                              "window --help" })
+                              "window --help",
+                              "show --help",
+                              "preset --help" })
     {
         const auto outcome = cli (line);
         EXPECT_EQ (outcome.exitCode, 0);

@@ -28,6 +28,7 @@ namespace
     // clang-format off
     constexpr std::array<std::uint8_t, 6> header        { 0x00, 0x01, 0x00, 0x02, 0x03, 0xC0 };             // format 1, two tracks, 960 ticks
     constexpr std::array<std::uint8_t, 2> nameEvent     { 0xFF, 0x03 };
+    constexpr std::array<std::uint8_t, 2> markerEvent   { 0xFF, 0x06 };
     constexpr std::array<std::uint8_t, 3> tempoEvent    { 0xFF, 0x51, 0x03 };
     constexpr std::array<std::uint8_t, 7> fourFourEvent { 0xFF, 0x58, 0x04, 0x04, 0x02, 0x18, 0x08 };       // 24 clocks a click, 8 32nds a quarter
     constexpr std::array<std::uint8_t, 3> endOfTrack    { 0xFF, 0x2F, 0x00 };
@@ -66,12 +67,12 @@ namespace
         append (bytes, data);
     }
 
-    void writeNameEvent (Bytes& track, std::string_view name)
+    void writeTextEvent (Bytes& track, std::uint32_t ticksLater, std::span<const std::uint8_t> event, std::string_view text)
     {
-        writeVariableLength (track, 0);
-        append (track, nameEvent);
-        writeVariableLength (track, static_cast<std::uint32_t> (name.size()));
-        append (track, name);
+        writeVariableLength (track, ticksLater);
+        append (track, event);
+        writeVariableLength (track, static_cast<std::uint32_t> (text.size()));
+        append (track, text);
     }
 
     //==============================================================================
@@ -117,18 +118,34 @@ namespace
     }
 
     //==============================================================================
-    Bytes conductorTrack (std::uint32_t endTick, std::int32_t tempoBpm)
+    /** A name at a place. */
+    struct Marker
+    {
+        std::uint32_t tick;
+        std::string_view name;
+    };
+
+    Bytes conductorTrack (std::uint32_t endTick, std::int32_t tempoBpm, std::span<const Marker> markers)
     {
         const auto tempo = static_cast<std::uint32_t> (std::clamp (tempoBpm, 30, 300));
 
         Bytes track;
-        writeNameEvent (track, conductorName);
+        writeTextEvent (track, 0, nameEvent, conductorName);
         writeVariableLength (track, 0);
         append (track, tempoEvent);
         writeBigEndian (track, microsecondsPerMinute / tempo, 3);
         writeVariableLength (track, 0);
         append (track, fourFourEvent);
-        writeVariableLength (track, endTick);
+
+        std::uint32_t lastTick = 0;
+
+        for (const auto& marker : markers)
+        {
+            writeTextEvent (track, marker.tick - lastTick, markerEvent, marker.name);
+            lastTick = marker.tick;
+        }
+
+        writeVariableLength (track, endTick - lastTick);
         append (track, endOfTrack);
         return track;
     }
@@ -139,7 +156,7 @@ namespace
 
         Bytes track;
         track.reserve (hits.size() * 2 * usualEventSize + trackName.size() + 16);
-        writeNameEvent (track, trackName);
+        writeTextEvent (track, 0, nameEvent, trackName);
 
         std::uint32_t lastTick = 0;
 
@@ -176,6 +193,22 @@ namespace
 
         return file.good() || fail (MidiFileWriter::cannotCompleteMessage);
     }
+
+    //==============================================================================
+    Bytes fileOf (
+        const std::vector<DrumHit>& hits, std::int32_t bars, std::int32_t tempoBpm, std::string_view trackName, std::span<const Marker> markers = {})
+    {
+        const auto endTick   = static_cast<std::uint32_t> (std::max (bars, 1)) * ticksPerBar;
+        const auto conductor = conductorTrack (endTick, tempoBpm, markers);
+        const auto drums     = drumTrack (hits, endTick, trackName);
+
+        Bytes file;
+        file.reserve (conductor.size() + drums.size() + 32);
+        writeChunk (file, "MThd", header);
+        writeChunk (file, "MTrk", conductor);
+        writeChunk (file, "MTrk", drums);
+        return file;
+    }
 } // namespace
 
 //==============================================================================
@@ -184,16 +217,16 @@ std::vector<std::uint8_t> MidiFileWriter::buildMidiFileBytes (const std::vector<
                                                               std::int32_t tempoBpm,
                                                               std::string_view trackName)
 {
-    const auto endTick   = static_cast<std::uint32_t> (std::max (bars, 1)) * ticksPerBar;
-    const auto conductor = conductorTrack (endTick, tempoBpm);
-    const auto drums     = drumTrack (hits, endTick, trackName);
+    return fileOf (hits, bars, tempoBpm, trackName);
+}
 
-    Bytes file;
-    file.reserve (conductor.size() + drums.size() + 32);
-    writeChunk (file, "MThd", header);
-    writeChunk (file, "MTrk", conductor);
-    writeChunk (file, "MTrk", drums);
-    return file;
+std::vector<std::uint8_t> MidiFileWriter::bytesWithMarkersOf (const SongArrangement& song, std::int32_t tempoBpm)
+{
+    std::vector<Marker> markers;
+    for (const auto& section : song.sections)
+        markers.push_back ({ section.startBar * ticksPerBar, section.name });
+
+    return fileOf (flatten (song), static_cast<std::int32_t> (song.totalBars), tempoBpm, song.name, markers);
 }
 
 std::vector<std::uint8_t> MidiFileWriter::bytesOf (const DrumPattern& pattern, std::int32_t tempoBpm)

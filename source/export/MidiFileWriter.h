@@ -38,6 +38,9 @@ struct MidiFileWriter
     static std::vector<std::uint8_t> bytesOf (const DrumPattern& pattern, std::int32_t tempoBpm);
     static std::vector<std::uint8_t> bytesOf (const SongArrangement& song, std::int32_t tempoBpm);
 
+    /** The same file with the sections' names as markers in its first track. */
+    static std::vector<std::uint8_t> bytesWithMarkersOf (const SongArrangement& song, std::int32_t tempoBpm);
+
     /** Writes the file, replacing what is there. Blocks on the disk.
 
         @param path       in the platform's own encoding

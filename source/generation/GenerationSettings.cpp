@@ -44,11 +44,32 @@ float snapPercent (float value) noexcept
     return ! (snapped > 0.0f) ? 0.0f : snapped >= 1.0f ? 1.0f : snapped;
 }
 
-std::uint32_t saltOf (std::uint32_t seedCounter) noexcept
+namespace
 {
     // Not the constant that mixes the seeds: a take and a section never share a random stream.
-    const std::uint32_t salt = GenerationSettings::defaultSalt - seedCounter * 0x61C8864Fu;
+    constexpr std::uint32_t saltStep = 0x61C8864Fu;
+
+    /** What an odd number has to be multiplied by to come to 1, modulo 2^32. */
+    constexpr std::uint32_t inverseOf (std::uint32_t odd) noexcept
+    {
+        std::uint32_t inverse = odd; // right in its lowest three bits; each round doubles their number
+        for (int bits = 3; bits < 32; bits *= 2)
+            inverse *= 2u - odd * inverse;
+        return inverse;
+    }
+
+    static_assert (inverseOf (saltStep) * saltStep == 1u);
+} // namespace
+
+std::uint32_t saltOf (std::uint32_t seedCounter) noexcept
+{
+    const std::uint32_t salt = GenerationSettings::defaultSalt - seedCounter * saltStep;
     return salt != 0 ? salt : 1;
+}
+
+std::optional<std::uint32_t> counterOf (std::uint32_t salt) noexcept
+{
+    return salt == 0 ? std::nullopt : std::optional ((GenerationSettings::defaultSalt - salt) * inverseOf (saltStep));
 }
 
 } // namespace pulsewright

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <optional>
 
 namespace pulsewright
 {
@@ -112,5 +113,8 @@ float snapPercent (float value) noexcept;
 
 /** The salt of a take: what the plug-in's seed counter means to the generator. Never 0. */
 std::uint32_t saltOf (std::uint32_t seedCounter) noexcept;
+
+/** The counter that has this salt; no counter has 0. */
+std::optional<std::uint32_t> counterOf (std::uint32_t salt) noexcept;
 
 } // namespace pulsewright

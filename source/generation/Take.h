@@ -28,8 +28,8 @@ struct Take
     };
 
     Kind kind             = Kind::groove;
-    std::uint32_t counter = 0;   ///< what the seed counter stood at; 0 is the take that an instance opens with
-    GenerationSettings settings; ///< each value a thousandth, as snapPercent() gives it; the seed is the counter's salt
+    std::uint32_t counter = 0;      ///< what the seed counter stood at; 0 is the take that an instance opens with
+    GenerationSettings settings {}; ///< each value a thousandth, as snapPercent() gives it; the seed is the counter's salt
 
     // The groove's.
     SectionType section  = SectionType::verse;

@@ -44,7 +44,9 @@ namespace
         const auto options = optionsOf (command);
 
         for (const auto& option : options)
-            if (! std::holds_alternative<NoValue> (option.values))
+            if (std::holds_alternative<Switch> (option.values))
+                app.add_flag_callback (option.name, [&given, name = option.name] { given[name] = ""; });
+            else if (option.hasValue())
                 app.add_option (option.name,
                                 [&given, name = option.name] (const CLI::results_t& words)
                                 {
@@ -136,6 +138,10 @@ void CommandLine::check() const
     for (const auto& [name, value] : given)
         if (const auto& option = rowOf (name); std::holds_alternative<Names> (option.values))
             static_cast<void> (indices (name));
+        else if (std::holds_alternative<NoteMap> (option.values))
+            static_cast<void> (noteMapOf (option, value));
+        else if (std::holds_alternative<Range> (option.values))
+            static_cast<void> (rangeOf (option, value));
         else if (std::holds_alternative<File> (option.values))
             files.push_back (name);
         else

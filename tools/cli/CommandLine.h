@@ -40,6 +40,10 @@ public:
         return static_cast<Value> (numberOf (option));
     }
 
+    /** What a range or a map of notes stands for; the option has to be given. */
+    std::pair<std::uint32_t, std::uint32_t> range (const std::string& option) const { return rangeOf (rowOf (option), text (option)); }
+    std::array<std::uint8_t, 128> noteMap (const std::string& option) const { return noteMapOf (rowOf (option), text (option)); }
+
     /** The indices of several names. */
     std::vector<std::size_t> indices (const std::string& option) const;
 

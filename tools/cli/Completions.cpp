@@ -48,12 +48,22 @@ namespace
 
     bool isFile (const Option& option)
     {
-        return std::holds_alternative<File> (option.values);
+        return std::holds_alternative<File> (option.values) || std::holds_alternative<InputFile> (option.values)
+            || std::holds_alternative<Folder> (option.values);
     }
 
-    bool hasValue (const Option& option)
+    /** Whether a file's name may stand behind the command, without an option. */
+    bool takesFile (Command command)
     {
-        return ! std::holds_alternative<NoValue> (option.values);
+        return std::ranges::any_of (optionsOf (command), [] (const auto& option) { return option.hasPlace() && isFile (option); });
+    }
+
+    /** Those with dashes: what a shell offers by name. */
+    std::vector<Option> namedOptionsOf (Command command)
+    {
+        auto options = optionsOf (command);
+        std::erase_if (options, &Option::hasPlace);
+        return options;
     }
 
     //==============================================================================
@@ -103,13 +113,13 @@ complete -F _pulsewright_cli pulsewright-cli
             for (const auto& other : commandRows().subspan (1))
                 words.push_back (other.name);
 
-        const auto options = optionsOf (row.command);
+        const auto options = namedOptionsOf (row.command);
 
         for (const auto& option : options)
         {
             words.push_back (option.name);
 
-            if (hasValue (option))
+            if (option.hasValue())
                 branches += joined ("        ",
                                     row.name,
                                     ":",
@@ -118,7 +128,8 @@ complete -F _pulsewright_cli pulsewright-cli
                                     " ;;\n");
         }
 
-        return joined (branches, "        ", row.name, ":*) choices=(", each (words, quoted), ") ;;\n");
+        const auto* file = takesFile (row.command) ? "; [[ $typed == -* ]] || files=yes" : "";
+        return joined (branches, "        ", row.name, ":*) choices=(", each (words, quoted), ")", file, " ;;\n");
     }
 
     std::string forBash()
@@ -146,13 +157,13 @@ complete -F _pulsewright_cli pulsewright-cli
 
     std::string zshArguments (Command command)
     {
-        std::string arguments;
+        std::string arguments = takesFile (command) ? " \\\n        ':file:_files'" : "";
 
-        for (const auto& option : optionsOf (command))
+        for (const auto& option : namedOptionsOf (command))
         {
             const auto help  = joined ("[", marked (option.help, "[]:", "\\"), "]");
             const auto value = joined (":", option.type, ":", zshAction (option));
-            arguments += joined (" \\\n        ", quoted (joined (option.name, hasValue (option) ? "=" : "", help, hasValue (option) ? value : "")));
+            arguments += joined (" \\\n        ", quoted (joined (option.name, option.hasValue() ? "=" : "", help, option.hasValue() ? value : "")));
         }
 
         return arguments;
@@ -182,7 +193,7 @@ complete -F _pulsewright_cli pulsewright-cli
     {
         const auto names = each (namesIn (option.values), quoted);
         const auto when  = row.command == tool ? std::string ("__fish_use_subcommand") : joined ("__fish_seen_subcommand_from ", row.name);
-        const auto value = isFile (option) ? " -r -F" : ! names.empty() ? joined (" -x -a ", quoted (names)) : hasValue (option) ? " -x" : "";
+        const auto value = isFile (option) ? " -r -F" : ! names.empty() ? joined (" -x -a ", quoted (names)) : option.hasValue() ? " -x" : "";
 
         return joined ("complete -c pulsewright-cli -n ", quoted (when), " -l ", option.name.substr (2), " -d ", quoted (option.help), value, "\n");
     }
@@ -196,7 +207,10 @@ complete -F _pulsewright_cli pulsewright-cli
             if (row.command != tool)
                 script += joined ("complete -c pulsewright-cli -n __fish_use_subcommand -a ", row.name, " -d ", quoted (row.help), "\n");
 
-            for (const auto& option : optionsOf (row.command))
+            if (takesFile (row.command))
+                script += joined ("complete -c pulsewright-cli -n ", quoted (joined ("__fish_seen_subcommand_from ", row.name)), " -F\n");
+
+            for (const auto& option : namedOptionsOf (row.command))
                 script += fishLine (row, option);
         }
 

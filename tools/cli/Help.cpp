@@ -35,6 +35,15 @@ namespace
              + wrapped (text, helpColumn);
     }
 
+    /** What has its place behind a command: " FILE CODE". */
+    std::string places (Command command)
+    {
+        std::string text;
+        for (const auto& option : optionsOf (command))
+            text.append (option.hasPlace() ? " " : "").append (option.hasPlace() ? option.name : "");
+        return text;
+    }
+
     std::string entry (const Option& option)
     {
         auto text = option.help;
@@ -54,7 +63,8 @@ std::string helpOf (Command command)
     const auto rows = commandRows();
     const auto row  = *std::ranges::find (rows, command, &CommandRow::command);
 
-    auto text = wrapped (row.help, 0) + "\nUsage: pulsewright-cli " + std::string (command == tool ? "COMMAND" : row.name) + " [OPTION]...\n";
+    auto text = wrapped (row.help, 0) + "\nUsage: pulsewright-cli " + std::string (command == tool ? "COMMAND" : row.name) + places (command)
+              + " [OPTION]...\n";
 
     if (command == tool)
     {
@@ -69,7 +79,8 @@ std::string helpOf (Command command)
 
     if (command == tool)
         text += "\nWithout an output option a pattern is printed as a grid and a song as a table.\n"
-                "Exit status: 0; 1 for what could not be written; 2 for a bad command line; 130 after Ctrl-C.\n";
+                "Exit status: 0; 1 for what could not be written; 2 for a bad command line;\n"
+                "130 after Ctrl-C.\n";
 
     return text;
 }

@@ -6,16 +6,20 @@
 #include "CommandLine.h"
 #include "Output.h"
 #include "OutputFile.h"
+#include "Presets.h"
+#include "TakeOptions.h"
 
 #include "export/MidiFileWriter.h"
-#include "generation/GenreProfile.h"
 #include "generation/GrooveGenerator.h"
-#include "generation/SongBuilder.h"
+#include "generation/TakeCode.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <string_view>
+#include <type_traits>
+#include <vector>
 
 namespace pulsewright::cli
 {
@@ -23,52 +27,77 @@ namespace pulsewright::cli
 namespace
 {
     //==============================================================================
-    // What the options mean.
-
-    GenerationSettings settingsOf (const CommandLine& line)
+    bool isPlayed (const CommandLine& line, const DrumHit& hit)
     {
-        GenerationSettings settings;
-        settings.genre = line.get<Genre> ("--genre");
-        settings.seed  = line.has ("--salt") ? line.get ("--salt") : saltOf (line.get ("--take"));
-
-        // Through the steps of the plug-in's parameters, so that the same shown values play the same music.
-        auto values = settings.values();
-
-        for (std::size_t i = 0; i < values.size(); ++i)
-            values[i] = snapPercent (line.get<float> (settingOption (i)));
-
-        settings.setValues (values);
-        return settings;
+        const auto lanes = line.indices ("--only");
+        return lanes.empty() || std::ranges::find (lanes, static_cast<std::size_t> (hit.lane)) != lanes.end();
     }
 
-    std::int32_t tempoOf (const CommandLine& line)
+    DrumPattern withChosenLanes (const CommandLine& line, DrumPattern pattern)
     {
-        return line.has ("--tempo") ? line.get<std::int32_t> ("--tempo") : profileOf (line.get<Genre> ("--genre")).tempoBpm;
+        std::erase_if (pattern.hits, [&line] (const auto& hit) { return ! isPlayed (line, hit); });
+        return pattern;
     }
 
-    DrumPattern patternOf (const CommandLine& line)
+    SongArrangement withChosenLanes (const CommandLine& line, SongArrangement song)
     {
-        const auto settings = settingsOf (line);
-        const auto pattern =
-            GrooveGenerator::generate (settings, line.get<SectionType> ("--section"), line.get<std::int32_t> ("--bars"), line.get ("--seed"));
+        for (auto& section : song.sections)
+            section.pattern = withChosenLanes (line, std::move (section.pattern));
+        return song;
+    }
 
+    DrumPattern mutated (const CommandLine& line, const GenerationSettings& settings, const DrumPattern& pattern)
+    {
         LaneLocks locks {};
         for (const auto lane : line.indices ("--lock"))
             locks[lane] = true;
 
-        return line.has ("--mutate") ? GrooveGenerator::mutate (settings, pattern, locks, line.get ("--mutate")) : pattern;
+        return GrooveGenerator::mutate (settings, pattern, locks, line.get ("--mutate"));
     }
 
-    SongArrangement songOf (const CommandLine& line)
+    Made<DrumPattern> makePattern (const CommandLine& line)
     {
-        const auto settings = settingsOf (line);
-        const auto seconds  = SongBuilder::durationSeconds (settings.genre, line.get ("--duration"));
-        const auto bars     = line.has ("--bars") ? line.get<std::int32_t> ("--bars") : SongBuilder::songBars (seconds, tempoOf (line));
+        const auto take    = takeFrom (line, Take::Kind::groove);
+        const auto pattern = patternOf (take);
 
-        return SongBuilder::buildSong (settings, bars, line.get ("--structure"));
+        if (line.has ("--mutate"))
+            return { take, {}, withChosenLanes (line, mutated (line, take.settings, pattern)) };
+
+        return { take, codeOf (take), withChosenLanes (line, pattern) };
+    }
+
+    Made<SongArrangement> makeSong (const CommandLine& line)
+    {
+        const auto take = takeFrom (line, Take::Kind::song);
+        return { take, codeOf (take), withChosenLanes (line, songOf (take)) };
     }
 
     //==============================================================================
+    void renumber (const std::array<std::uint8_t, 128>& map, DrumPattern& pattern)
+    {
+        for (auto& hit : pattern.hits)
+            hit.note = map[hit.note & 0x7Fu];
+    }
+
+    void renumber (const std::array<std::uint8_t, 128>& map, SongArrangement& song)
+    {
+        for (auto& section : song.sections)
+            renumber (map, section.pattern);
+    }
+
+    template <typename Material>
+    std::vector<std::uint8_t> midiBytes (const CommandLine& line, Material material, std::int32_t tempo)
+    {
+        if (line.has ("--map"))
+            renumber (line.noteMap ("--map"), material);
+
+        if constexpr (std::is_same_v<Material, SongArrangement>)
+            if (line.has ("--markers"))
+                return MidiFileWriter::bytesWithMarkersOf (material, tempo);
+
+        return MidiFileWriter::bytesOf (material, tempo);
+    }
+
     bool isColourWanted()
     {
         const auto* noColour = std::getenv ("NO_COLOR");
@@ -97,26 +126,24 @@ namespace
         return song;
     }
 
-    /** Writes what was asked for. @param textForPeople  makes what is printed when nothing was */
+    /** Writes what was asked for; without an output option it prints it for people. */
     template <typename Material>
-    void give (const CommandLine& line, const Material& material, std::string (*textForPeople) (const Material&, int, bool))
+    void give (const CommandLine& line, const Made<Material>& made)
     {
-        const auto tempo = tempoOf (line);
-
         if (line.has ("--json"))
-            writeOutput (line.text ("--json"), jsonText (material));
+            writeOutput (line.text ("--json"), jsonText (made));
 
         if (line.has ("--midi"))
         {
-            const auto bytes = MidiFileWriter::bytesOf (material, tempo);
+            const auto bytes = midiBytes (line, made.material, made.take.tempo);
             writeOutput (line.text ("--midi"), { reinterpret_cast<const char*> (bytes.data()), bytes.size() }, MidiFileWriter::cannotCompleteMessage);
         }
 
         if (line.has ("--wav"))
-            writeSound (line.text ("--wav"), onceThrough (material), tempo, line.get<int> ("--kit"));
+            writeSound (line.text ("--wav"), onceThrough (made.material), made.take.tempo, static_cast<int> (made.take.kit));
 
         if (! line.has ("--json") && ! line.has ("--midi") && ! line.has ("--wav"))
-            print (textForPeople (material, tempo, isColourWanted()));
+            print (textForPeople (made, isColourWanted()));
     }
 
     void makePicture (const CommandLine& line)
@@ -134,9 +161,11 @@ namespace
         switch (line.command())
         {
             case tool: return print (line.answer());
-            case pattern: return give (line, patternOf (line), gridText);
-            case song: return give (line, songOf (line), tableText);
+            case pattern: return give (line, makePattern (line));
+            case song: return give (line, makeSong (line));
             case window: return makePicture (line);
+            case show: return print (codeInFile (line) + "\n");
+            case preset: return writePresets (line);
         }
     }
 

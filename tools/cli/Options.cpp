@@ -12,6 +12,7 @@
 #include <charconv>
 #include <iterator>
 #include <limits>
+#include <numeric>
 #include <optional>
 #include <type_traits>
 
@@ -45,12 +46,14 @@ namespace
     }
 
     // clang-format off
-    constexpr std::array<CommandRow, 4> rows
+    constexpr std::array<CommandRow, 6> rows
     {{
         { tool,    "",        "Generates drum grooves and whole songs from a seed: the same music as the plug-in, without a host." },
         { pattern, "pattern", "Generates one groove or fill." },
         { song,    "song",    "Builds a whole song." },
-        { window,  "window",  "Renders the plug-in's window, without a display." }
+        { window,  "window",  "Renders the plug-in's window, without a display." },
+        { show,    "show",    "Prints the code of the take in a preset or a saved state." },
+        { preset,  "preset",  "Writes a take as a preset that hosts load." }
     }};
 
     constexpr Whole any32Bits   { 0, std::numeric_limits<std::uint32_t>::max() };
@@ -60,6 +63,7 @@ namespace
     constexpr Whole pixels      { 1, 4000 };
     constexpr unsigned music    = pattern | song;
     constexpr unsigned anyOne   = music | window;
+    constexpr unsigned all      = anyOne | show | preset;
 
     /** The genre's average is called by its first word. */
     std::vector<std::string_view> durationNames()
@@ -79,6 +83,9 @@ namespace
 
         return
         {
+            { show,    "FILE",       "",               "The file to read",                      "",               InputFile(), {}, {}, true },
+            { preset,  "CODE",      "",              "The take's code",                       "",               Code(), {}, {}, true },
+            { music,   "--code",      "CODE",           "The take to start from; what else is given replaces its own", "none", Code() },
             { anyOne,  "--genre",     "NAME|N",         "Style",                                 "Boom Bap",       genres },
             { pattern, "--section",   "NAME|N",         "What it is for",                        "Verse",          sections },
             { pattern, "--bars",      "N",              "Length in bars",                        "2",              patternBars },
@@ -90,7 +97,8 @@ namespace
             { pattern, "--seed",      "N",              "Seed beside the salt",                  "0",              any32Bits },
             { pattern, "--mutate",    "N",              "Mutate it once with this seed",         "none",           any32Bits },
             { pattern, "--lock",      "LANE[,LANE...]", "Lanes that the mutation keeps",         "none",           lanes, "--mutate" },
-            { music,   "--tempo",     "BPM",            "Beats per minute",                      "the genre's",    tempos }
+            { music,   "--tempo",     "BPM",            "Beats per minute",                      "the genre's",    tempos },
+            { music,   "--only",      "LANE[,LANE...]", "Lanes that are played and written",     "all",            lanes }
         };
     }
 
@@ -103,6 +111,12 @@ namespace
         {
             { music,  "--json",   "FILE|-", "Write the notes as JSON; - is the standard output",               "none",     File() },
             { music,  "--midi",   "FILE|-", "Write a Standard MIDI File",                                      "none",     File() },
+            { music,  "--map",    "NOTES",  "Other notes for those in the MIDI file: 36=35,38=40",             "none",     NoteMap(), "--midi" },
+            { song,   "--markers", "",      "Write the sections' names into the MIDI file",                    "not",      Switch(), "--midi" },
+            { preset, "--vstpreset", "FILE|-", "Write a VST3 preset",                                          "none",     File() },
+            { preset, "--lv2",    "DIR",    "Make an LV2 bundle with the preset",                              "none",     Folder() },
+            { preset, "--state",  "FILE|-", "Write a state, as the standalone app loads it",                   "none",     File() },
+            { preset, "--name",   "NAME",   "What hosts call it",                                              "its style and take", Text() },
             { music,  "--wav",    "FILE|-", "Play it once and write the sound; .flac and .ogg are other kinds", "none",     File() },
             { music,  "--kit",    "NAME",   "Sound of --wav",                                                  "Studio",   kits, "--wav" },
             { window, "--png",    "FILE|-", "Where to write the picture",                                      "required", File(), {}, {}, true },
@@ -111,7 +125,7 @@ namespace
             { window, "--scale",  "X",      "Scale of the picture",                                            "1",        Decimal { 0.5, 4.0 } },
             { tool,   "--completions", "SHELL", "Print a script with which a shell completes commands",        "none",     shells },
             { tool,   "--version", "",      "Print the version",                                               "",         NoValue() },
-            { tool | anyOne, "--help", "",  "Print this help",                                                 "",         NoValue() }
+            { tool | all, "--help", "",  "Print this help",                                                 "",         NoValue() }
         };
     }
     // clang-format on
@@ -148,6 +162,10 @@ namespace
     }
 
     //==============================================================================
+    /** A value that is no single number: it is read elsewhere, or not at all. */
+    template <typename Kind>
+    concept NotRead = std::is_empty_v<Kind>;
+
     /** Reads one value; nothing where it cannot be read. */
     struct Reader
     {
@@ -173,8 +191,7 @@ namespace
             return number ? number : (*this) (static_cast<const Name&> (one));
         }
 
-        std::optional<double> operator() (const File&) const { return 0.0; }
-        std::optional<double> operator() (const NoValue&) const { return 0.0; }
+        std::optional<double> operator() (const NotRead auto&) const { return 0.0; }
 
     private:
         static std::optional<double> inRange (const auto& range, std::optional<double> value)
@@ -189,8 +206,7 @@ namespace
         std::string operator() (const Whole& range) const { return digitsOf (range.least) + " to " + digitsOf (range.most); }
         std::string operator() (const Decimal& range) const { return digitsOf (range.least) + " to " + digitsOf (range.most); }
         std::string operator() (const Name& one) const { return listed (one.names); }
-        std::string operator() (const File&) const { return {}; }
-        std::string operator() (const NoValue&) const { return {}; }
+        std::string operator() (const NotRead auto&) const { return {}; }
 
         std::string operator() (const NameOrNumber& one) const
         {
@@ -253,6 +269,41 @@ double valueOf (const Option& option, std::string_view text)
                      : std::holds_alternative<Decimal> (option.values) ? "\" is not a number from "
                                                                        : "\" is none of ";
     throw BadArgument (option.name + ": \"" + std::string (text) + kind + described (option.values));
+}
+
+std::pair<std::uint32_t, std::uint32_t> rangeOf (const Option& option, std::string_view text)
+{
+    const auto dash = text.find ('-');
+    const Option number { option.commands, option.name, {}, {}, {}, any32Bits };
+    const auto numberIn = [&] (std::string_view part) { return static_cast<std::uint32_t> (valueOf (number, part)); };
+
+    const auto first = numberIn (text.substr (0, dash));
+    const auto last  = dash == text.npos ? first : numberIn (text.substr (dash + 1));
+
+    if (last < first)
+        throw BadArgument (option.name + ": \"" + std::string (text) + "\" holds no take: the first is above the last");
+
+    return { first, last };
+}
+
+std::array<std::uint8_t, 128> noteMapOf (const Option& option, std::string_view text)
+{
+    std::array<std::uint8_t, 128> map {};
+    std::iota (map.begin(), map.end(), std::uint8_t { 0 });
+
+    const Option note { option.commands, option.name, {}, {}, {}, Whole { 0, 127 } };
+
+    for (const auto pair : commaSeparated (text))
+    {
+        const auto sign = pair.find ('=');
+
+        if (sign == pair.npos)
+            throw BadArgument (option.name + ": \"" + std::string (pair) + "\" is not like 36=35");
+
+        map[static_cast<std::size_t> (valueOf (note, pair.substr (0, sign)))] = static_cast<std::uint8_t> (valueOf (note, pair.substr (sign + 1)));
+    }
+
+    return map;
 }
 
 std::vector<std::string_view> commaSeparated (std::string_view text)

@@ -5,11 +5,13 @@
 
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <span>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -29,7 +31,9 @@ enum Command : unsigned
     tool    = 1,
     pattern = 2,
     song    = 4,
-    window  = 8
+    window  = 8,
+    show    = 32,
+    preset  = 128
 };
 
 struct CommandRow
@@ -70,24 +74,53 @@ struct Decimal
     double least, most;
 };
 
+/** What is written, and what is read. */
 struct File
 {};
+struct InputFile
+{};
+struct Folder
+{};
 
+/** A take's code. */
+struct Code
+{};
+
+/** Notes and what they become: 36=35,38=40. */
+struct NoteMap
+{};
+
+/** Any text. */
+struct Text
+{};
+
+/** Takes from one to another: 1-1000. */
+struct Range
+{};
+
+/** Given or not. */
+struct Switch
+{};
+
+/** Asks for an answer in place of a command. */
 struct NoValue
 {};
 
-using Values = std::variant<NoValue, File, Name, NameOrNumber, Names, Whole, Decimal>;
+using Values = std::variant<NoValue, Switch, File, InputFile, Folder, Code, NoteMap, Text, Range, Name, NameOrNumber, Names, Whole, Decimal>;
 
 struct Option
 {
     unsigned commands; ///< those that have it
-    std::string name;  ///< with its dashes
+    std::string name;  ///< with its dashes; without them it has its place behind the command
     std::string_view type;
     std::string help;
     std::string byDefault; ///< what stands in for it: a value, or a word about it
     Values values;
     std::string needs {}, excludes {}; ///< another option
     bool isRequired = false;
+
+    bool hasPlace() const noexcept { return ! name.starts_with ('-'); }
+    bool hasValue() const noexcept { return ! std::holds_alternative<NoValue> (values) && ! std::holds_alternative<Switch> (values); }
 };
 
 /** All options of one command, in the order of the help. */
@@ -106,6 +139,12 @@ std::string described (const Values& values);
     @throws BadArgument  naming the option and its choices or its range
 */
 double valueOf (const Option& option, std::string_view text);
+
+/** The first and the last number of a range. @throws BadArgument */
+std::pair<std::uint32_t, std::uint32_t> rangeOf (const Option& option, std::string_view text);
+
+/** What each of the 128 notes becomes. @throws BadArgument */
+std::array<std::uint8_t, 128> noteMapOf (const Option& option, std::string_view text);
 
 /** The parts of a text between commas. */
 std::vector<std::string_view> commaSeparated (std::string_view text);

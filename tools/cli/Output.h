@@ -5,27 +5,35 @@
 
 #pragma once
 
-#include "generation/SongArrangement.h"
+#include "generation/Take.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
 namespace pulsewright::cli
 {
 
-/** A grid of four lanes and sixteenth columns, four bars a row, within 80 columns. */
-std::string gridText (const DrumPattern& pattern, int tempoBpm, bool inColour);
+/** Music, and where it came from. */
+template <typename Material>
+struct Made
+{
+    Take take;
+    std::optional<std::string> code; ///< nothing where the take has none, or is not all that decides the music
+    Material material;
+};
 
-/** A table of the sections, within 80 columns. */
-std::string tableText (const SongArrangement& song, int tempoBpm, bool inColour);
+/** A grid of four lanes and sixteenth columns, four bars a row; or a table of the sections. Within 80 columns. */
+std::string textForPeople (const Made<DrumPattern>& pattern, bool inColour);
+std::string textForPeople (const Made<SongArrangement>& song, bool inColour);
 
 /** A message as a terminal may show it: control characters and bytes that are no UTF-8 become "\\x1b". */
 std::string onOneLine (std::string_view message);
 
 /** Doubles are printed so that they read back to the same bits. */
-std::string jsonText (const DrumPattern& pattern);
-std::string jsonText (const SongArrangement& song);
+std::string jsonText (const Made<DrumPattern>& pattern);
+std::string jsonText (const Made<SongArrangement>& song);
 
 /** Plays the song once with the plug-in's own playback and kit, and writes it: 48 kHz, stereo, as long as the music
     and exactly one second more. Shows progress on a terminal.

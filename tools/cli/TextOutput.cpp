@@ -115,15 +115,39 @@ namespace
                  { "seed", pattern.seed },
                  { "hits", std::move (hits) } };
     }
+
+    /** Where the music came from. */
+    void addTake (Json& json, const Take& take, const std::optional<std::string>& code)
+    {
+        if (code)
+            json["code"] = *code;
+
+        auto settings = Json::object();
+        for (const auto& setting : allSettings)
+            settings[setting.id] = take.settings.*setting.field;
+
+        json["genre"]    = nameOf (take.settings.genre);
+        json["settings"] = std::move (settings);
+        json["tempo"]    = take.tempo;
+
+        if (take.settings.seed == saltOf (take.counter)) // not so for the salt 0
+            json["take"] = take.counter;
+    }
+
+    std::string codeLine (const std::optional<std::string>& code)
+    {
+        return "\n" + code.value_or ("This has no code: it was mutated, or has a seed of its own.") + "\n";
+    }
 } // namespace
 
-std::string gridText (const DrumPattern& pattern, int tempoBpm, bool inColour)
+std::string textForPeople (const Made<DrumPattern>& made, bool inColour)
 {
-    auto text = styled (boldText, pattern.name, inColour)
+    const auto& pattern = made.material;
+    auto text           = styled (boldText, pattern.name, inColour)
               + printed ("\n%s, %s, %d BPM, seed %u\n",
                          counted (static_cast<std::size_t> (pattern.bars), "bar").c_str(),
                          counted (pattern.hits.size(), "note").c_str(),
-                         tempoBpm,
+                         made.take.tempo,
                          pattern.seed);
 
     std::array<std::string, laneCount> lines;
@@ -152,12 +176,14 @@ std::string gridText (const DrumPattern& pattern, int tempoBpm, bool inColour)
         }
     }
 
-    return text + styled (dimText, "\n      - ghost   o soft   O strong   # accent\n", inColour);
+    return text + styled (dimText, "\n      - ghost   o soft   O strong   # accent\n", inColour) + codeLine (made.code);
 }
 
-std::string tableText (const SongArrangement& song, int tempoBpm, bool inColour)
+std::string textForPeople (const Made<SongArrangement>& made, bool inColour)
 {
-    auto text = styled (boldText, song.name, inColour)
+    const auto& song    = made.material;
+    const auto tempoBpm = made.take.tempo;
+    auto text           = styled (boldText, song.name, inColour)
               + printed ("\n%s at %d BPM, seed %u\n\n", durationText (song.lengthInBeats(), tempoBpm).c_str(), tempoBpm, song.seed);
 
     text += styled (dimText, printed (" %4s  %-12s  %-15s  %4s  %5s  %s", "bar", "section", "type", "bars", "notes", "notes a bar"), inColour) + "\n";
@@ -178,7 +204,7 @@ std::string tableText (const SongArrangement& song, int tempoBpm, bool inColour)
               + styled (laneColours[0], std::string (barLength, '='), inColour) + "\n";
     }
 
-    return text;
+    return text + codeLine (made.code);
 }
 
 std::string onOneLine (std::string_view message)
@@ -195,19 +221,23 @@ std::string onOneLine (std::string_view message)
     return text;
 }
 
-std::string jsonText (const DrumPattern& pattern)
+std::string jsonText (const Made<DrumPattern>& made)
 {
-    return toJson (pattern).dump() + "\n";
+    auto json = toJson (made.material);
+    addTake (json, made.take, made.code);
+    return json.dump() + "\n";
 }
 
-std::string jsonText (const SongArrangement& song)
+std::string jsonText (const Made<SongArrangement>& made)
 {
-    auto sections = Json::array();
+    const auto& song = made.material;
+    auto sections    = Json::array();
 
     for (const auto& section : song.sections)
         sections.push_back ({ { "name", section.name }, { "startBar", section.startBar }, { "pattern", toJson (section.pattern) } });
 
-    const Json json { { "name", song.name }, { "totalBars", song.totalBars }, { "seed", song.seed }, { "sections", std::move (sections) } };
+    Json json { { "name", song.name }, { "totalBars", song.totalBars }, { "seed", song.seed }, { "sections", std::move (sections) } };
+    addTake (json, made.take, made.code);
     return json.dump() + "\n";
 }
 

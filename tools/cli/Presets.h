@@ -1,0 +1,23 @@
+// SPDX-FileCopyrightText: 2026 Tolm
+// SPDX-License-Identifier: AGPL-3.0-only
+
+// Codes and the files that hosts know: presets and saved states.
+
+#pragma once
+
+#include "CommandLine.h"
+
+#include <string>
+
+namespace pulsewright::cli
+{
+
+/** Writes the presets that the command line asks for. @throws BadArgument, WriteFailure */
+void writePresets (const CommandLine& line);
+
+/** The code of the take that a preset or a saved state plays: a .vstpreset, an LV2 preset, the app's settings, or a bare
+    state. @throws BadArgument  when the file cannot be read or holds none
+*/
+std::string codeInFile (const CommandLine& line);
+
+} // namespace pulsewright::cli
