@@ -24,12 +24,15 @@ juce_add_plugin (Pulsewright
 target_sources (Pulsewright PRIVATE
     source/processor/BlockPlayer.cpp
     source/processor/BlockPlayer.h
+    source/processor/GuardedBase64.cpp
     source/processor/Parameters.cpp
     source/processor/Parameters.h
     source/processor/PulsewrightAudioProcessor.cpp
     source/processor/PulsewrightAudioProcessor.h
     source/processor/SavedState.cpp
     source/processor/SavedState.h
+    source/processor/UntrustedText.cpp
+    source/processor/UntrustedText.h
     source/export/MidiExport.cpp
     source/export/MidiExport.h
     source/export/PrivateFolder.cpp
@@ -60,21 +63,26 @@ target_sources (Pulsewright PRIVATE
     source/editor/X11Messages.cpp
     source/editor/X11Messages.h)
 
+include (DeferVst3Restart)
+defer_vst3_restart()
+
 # Debian's JUCE takes the plug-in's name for a URI where the wrappers do not see one in time.
 target_compile_definitions (Pulsewright INTERFACE JucePlugin_LV2URI="${PULSEWRIGHT_LV2_URI}")
 
-target_sources (Pulsewright_Standalone PRIVATE source/standalone/StandaloneApp.cpp)
+target_sources (Pulsewright_Standalone PRIVATE
+    source/standalone/Settings.cpp
+    source/standalone/Settings.h
+    source/standalone/StandaloneApp.cpp)
 target_compile_definitions (Pulsewright_Standalone PRIVATE JUCE_USE_CUSTOM_PLUGIN_STANDALONE_APP=1)
 
 # Warnings are for our files alone: the same target also compiles JUCE's modules.
 get_target_property (pulsewright_sources Pulsewright SOURCES)
-list (APPEND pulsewright_sources source/standalone/StandaloneApp.cpp)
+list (APPEND pulsewright_sources source/standalone/Settings.cpp source/standalone/StandaloneApp.cpp)
 list (FILTER pulsewright_sources INCLUDE REGEX "^(source/|${CMAKE_CURRENT_SOURCE_DIR}/source/).*\\.cpp$")
 set_source_files_properties (${pulsewright_sources} PROPERTIES
     COMPILE_OPTIONS "$<TARGET_PROPERTY:pulsewright_warnings,INTERFACE_COMPILE_OPTIONS>")
 
 target_compile_definitions (Pulsewright PUBLIC
-    JUCE_DISPLAY_SPLASH_SCREEN=0
     JUCE_JACK=1 # opened at run time, by the standalone app alone
     JUCE_MODAL_LOOPS_PERMITTED=1 # tools and tests run the message loop for a while
     JUCE_PLUGINHOST_VST3=1 # for the offline host and the tests
@@ -111,6 +119,7 @@ set (PULSEWRIGHT_LV2_BUNDLE "$<TARGET_FILE_DIR:Pulsewright_LV2>")
 add_custom_command (TARGET Pulsewright_LV2 POST_BUILD
     COMMAND "${CMAKE_COMMAND}" "-DBUNDLE=${PULSEWRIGHT_LV2_BUNDLE}" -DLICENCE=https://www.gnu.org/licenses/agpl-3.0.html
             "-DHOMEPAGE=https://tolm.example/pulsewright" -P "${CMAKE_CURRENT_SOURCE_DIR}/cmake/MendLv2Turtle.cmake"
+    COMMAND pulsewright-factory-presets lv2 "${PULSEWRIGHT_LV2_BUNDLE}"
     VERBATIM)
 
 # Modules show their entry points alone: symbols of the standard library would be shared with other plug-ins' in a host.
@@ -119,5 +128,13 @@ if (CMAKE_SYSTEM_NAME STREQUAL "Linux")
         set (map "${CMAKE_CURRENT_SOURCE_DIR}/cmake/${format}.map")
         target_link_options (Pulsewright_${format} PRIVATE "LINKER:--version-script=${map}")
         set_property (TARGET Pulsewright_${format} APPEND PROPERTY LINK_DEPENDS "${map}")
+    endforeach()
+endif()
+
+# The wrappers that read a state as text do so by way of GuardedBase64.cpp. Linkers of other systems know no --wrap:
+# there JUCE's function is called as it is.
+if (CMAKE_SYSTEM_NAME MATCHES "Linux|BSD")
+    foreach (format LV2 Standalone)
+        target_link_options (Pulsewright_${format} PRIVATE "LINKER:--wrap=_ZN4juce11MemoryBlock18fromBase64EncodingENS_9StringRefE")
     endforeach()
 endif()

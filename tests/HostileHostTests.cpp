@@ -11,12 +11,10 @@
 
 #include <gtest/gtest.h>
 
-#include <pluginterfaces/base/ipluginbase.h>
-
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cmath>
-#include <dlfcn.h>
 #include <limits>
 #include <random>
 #include <thread>
@@ -148,33 +146,27 @@ TEST (HostileHost, AHundredInstancesShareNothingThatChanges)
     EXPECT_EQ (instances[1]->getPattern(), instances[99]->getPattern());
 }
 
-/** The module itself, as a host's scanner treats it. */
-TEST (HostileHost, TheModuleLoadsAndUnloads)
+TEST (HostileHost, ARestoreWaitsForTheOneThatIsUnderway)
 {
-    const auto binary = juce::File (PULSEWRIGHT_TEST_BUNDLE).findChildFiles (juce::File::findFiles, true, "*.so").getFirst();
-    ASSERT_TRUE (binary.existsAsFile());
-    const auto isMapped = [&] { return juce::File ("/proc/self/maps").loadFileAsString().contains (binary.getFileName()); };
+    PulsewrightAudioProcessor processor;
+    const auto first  = framed (stateText ("seedCounter=\"9\"", parameterElement ("density", "0.9")));
+    const auto second = saved (processor);
+    HostLog log (processor);
+    std::thread other;
 
-    for (int i = 0; i < 500; ++i)
+    log.whenTold = [&]
     {
-        auto* module = dlopen (binary.getFullPathName().toRawUTF8(), RTLD_NOW | RTLD_LOCAL);
-        ASSERT_NE (module, nullptr) << dlerror();
-        ASSERT_TRUE (isMapped());
+        if (other.joinable())
+            return;
 
-        const auto enter   = reinterpret_cast<bool (*) (void*)> (dlsym (module, "ModuleEntry"));
-        const auto leave   = reinterpret_cast<bool (*)()> (dlsym (module, "ModuleExit"));
-        const auto factory = reinterpret_cast<Steinberg::IPluginFactory* (*) ()> (dlsym (module, "GetPluginFactory"));
-        ASSERT_TRUE (enter != nullptr && leave != nullptr && factory != nullptr);
-        ASSERT_TRUE (enter (module));
-
-        auto* plugins = factory();
-        ASSERT_NE (plugins, nullptr);
-        plugins->release();
-        ASSERT_TRUE (leave());
-        dlclose (module);
-    }
-
-    EXPECT_FALSE (isMapped());
+        other = std::thread ([&] { restore (processor, second); });
+        std::this_thread::sleep_for (std::chrono::milliseconds (100));
+        EXPECT_EQ (processor.getSeedCounter(), 9u) << "the second has not begun";
+    };
+    restore (processor, first);
+    ASSERT_TRUE (other.joinable());
+    other.join();
+    EXPECT_EQ (saved (processor), second);
 }
 
 } // namespace pulsewright

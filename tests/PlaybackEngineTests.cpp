@@ -323,8 +323,8 @@ TEST (Lv2Transport, KeepsTheBeatThatTheHostDoesNotName)
         Beats wanted;
     };
 
-    const auto at = [] (std::int64_t sample, std::optional<double> tempo = {}, bool isRolling = true)
-    { return HostPosition { .isRolling = isRolling, .beat = {}, .tempo = tempo, .sample = sample, .bar = {}, .beatsPerBar = {}, .loop = {} }; };
+    const auto at = [] (std::int64_t sample, std::optional<double> named = {}, bool isRolling = true)
+    { return HostPosition { .isRolling = isRolling, .beat = {}, .tempo = named, .sample = sample, .bar = {}, .beatsPerBar = {}, .loop = {} }; };
 
     const auto atBar = [] (std::int64_t sample, double beat, std::optional<std::int64_t> bar)
     { return HostPosition { .isRolling = true, .beat = beat, .tempo = 60.0, .sample = sample, .bar = bar, .beatsPerBar = 4, .loop = {} }; };

@@ -98,7 +98,8 @@ inline void expectSong (const SongArrangement& song, const nlohmann::json& expec
     {
         const auto& [name, startBar, p] = song.sections[i];
         const auto& e                   = expected.at ("sections")[i];
-        const std::vector<DrumHit> firstHits (p.hits.begin(), p.hits.begin() + std::min (p.hits.size(), e.at ("firstHits").size()));
+        const std::vector<DrumHit> firstHits (p.hits.begin(),
+                                              p.hits.begin() + static_cast<std::ptrdiff_t> (std::min (p.hits.size(), e.at ("firstHits").size())));
         EXPECT_EQ (p.name, name);
         expectSame ({ { "name", name },
                       { "startBar", startBar },

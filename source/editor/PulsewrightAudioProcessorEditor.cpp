@@ -7,7 +7,6 @@
 
 #include "AsciiCase.h"
 #include "Palette.h"
-#include "X11Messages.h"
 
 #include "export/MidiExport.h"
 
@@ -28,6 +27,7 @@ namespace
 
 juce::AudioProcessorEditor* PulsewrightAudioProcessor::createEditor()
 {
+    prepareX11Connection();
     return new PulsewrightAudioProcessorEditor (*this);
 }
 

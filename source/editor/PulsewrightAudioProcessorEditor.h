@@ -13,6 +13,7 @@
 #include "PercentSlider.h"
 #include "TakeMenu.h"
 #include "Theme.h"
+#include "X11Messages.h"
 
 #include "processor/PulsewrightAudioProcessor.h"
 
@@ -151,6 +152,7 @@ private:
 
     PulsewrightAudioProcessor::SongForm formSeen; // that a song was built for last, or that the window opened on
 
+    X11Survival survival;
     std::vector<juce::Component*> focusOrder; // in which the controls were added
     SafePointer<juce::Component> listenedWindow;
     HostKeyboard hostKeyboard { *this, [this] { return isKeyboardWanted(); } };

@@ -6,6 +6,7 @@
 
 #if JUCE_LINUX || JUCE_BSD
 #include <X11/Xproto.h>
+#include <utility>
 #endif
 
 namespace pulsewright
@@ -15,12 +16,58 @@ namespace pulsewright
 
 namespace
 {
-    using ErrorHook    = Bool (*) (::Display*, XErrorEvent*, xError*);
-    using SetErrorHook = ErrorHook (*) (::Display*, int error, ErrorHook);
+    using ErrorHook      = Bool (*) (::Display*, XErrorEvent*, xError*);
+    using SetErrorHook   = ErrorHook (*) (::Display*, int error, ErrorHook);
+    using ExitHandler    = void (*) (::Display*, void*);
+    using SetExitHandler = void (*) (::Display*, ExitHandler, void*);
+
+    /** A function of the Xlib that JUCE has loaded, which JUCE does not know; null where it is too old for it. */
+    template <typename Function>
+    Function findInXlib (const char* name)
+    {
+        return reinterpret_cast<Function> (juce::DynamicLibrary ("libX11.so.6").getFunction (name));
+    }
 
     Bool ignoreError (::Display*, XErrorEvent*, xError*)
     {
         return False; // to Xlib: tell nobody
+    }
+
+    /** In the place of exit(): Xlib goes on, and answers every further request with nothing. JUCE must no longer wait for
+        its connection, which counts as readable from now on.
+    */
+    void goOnWithoutServer (::Display* display, void*)
+    {
+        juce::LinuxEventLoop::unregisterFdCallback (juce::X11Symbols::getInstance()->xConnectionNumber (display));
+    }
+
+    /** What Xlib calls first. Its own handler ends the process: it is left to all other connections. */
+    XIOErrorHandler xlibsIoErrorHandler = nullptr;
+    int numSurvivors                    = 0;
+
+    int returnToExitHandler (::Display* display)
+    {
+        return display == juce::XWindowSystem::getInstance()->getDisplay() ? 0 : xlibsIoErrorHandler (display);
+    }
+
+    /** JUCE looks these names up and takes what is not there for a name. */
+    void makeMissingAtoms (::Display* display, juce::XWindowSystemUtilities::Atoms& atoms)
+    {
+        using Atoms = juce::XWindowSystemUtilities::Atoms;
+
+        const std::pair<Atom&, const char*> names[] { { atoms.protocols, "WM_PROTOCOLS" },
+                                                      { atoms.protocolList[Atoms::TAKE_FOCUS], "WM_TAKE_FOCUS" },
+                                                      { atoms.protocolList[Atoms::DELETE_WINDOW], "WM_DELETE_WINDOW" },
+                                                      { atoms.protocolList[Atoms::PING], "_NET_WM_PING" },
+                                                      { atoms.changeState, "WM_CHANGE_STATE" },
+                                                      { atoms.state, "WM_STATE" },
+                                                      { atoms.windowType, "_NET_WM_WINDOW_TYPE" },
+                                                      { atoms.windowState, "_NET_WM_STATE" },
+                                                      { atoms.windowStateHidden, "_NET_WM_STATE_HIDDEN" } };
+
+        for (const auto& [atom, name] : names)
+            if (atom == None)
+                atom = Atoms::getCreating (display, name);
     }
 
     ::Window windowOf (const juce::ComponentPeer& peer)
@@ -29,15 +76,52 @@ namespace
     }
 } // namespace
 
+void prepareX11Connection()
+{
+    auto& system = *juce::XWindowSystem::getInstance();
+
+    if (system.getDisplay() == nullptr)
+        return;
+
+    const juce::XWindowSystemUtilities::ScopedXLock lock;
+    makeMissingAtoms (system.getDisplay(), const_cast<juce::XWindowSystemUtilities::Atoms&> (system.getAtoms()));
+
+    if (const auto setExitHandler = findInXlib<SetExitHandler> ("XSetIOErrorExitHandler")) // of libX11 1.7 or later
+        setExitHandler (system.getDisplay(), goOnWithoutServer, nullptr);
+}
+
+X11Survival::X11Survival()
+{
+    if (++numSurvivors > 1 || juce::XWindowSystem::getInstance()->getDisplay() == nullptr)
+        return;
+
+    auto* const x11     = juce::X11Symbols::getInstance();
+    const auto before   = x11->xSetIOErrorHandler (nullptr); // which gives the place back to Xlib's own
+    xlibsIoErrorHandler = x11->xSetIOErrorHandler (returnToExitHandler);
+
+    if (before != xlibsIoErrorHandler)
+        x11->xSetIOErrorHandler (before); // the host has one
+}
+
+X11Survival::~X11Survival()
+{
+    if (--numSurvivors > 0 || xlibsIoErrorHandler == nullptr)
+        return;
+
+    auto* const x11 = juce::X11Symbols::getInstance();
+
+    if (const auto present = x11->xSetIOErrorHandler (nullptr); present != returnToExitHandler)
+        x11->xSetIOErrorHandler (present);
+}
+
 void ignoreX11ErrorsOfOurConnection()
 {
     auto* const display = juce::XWindowSystem::getInstance()->getDisplay();
-    juce::DynamicLibrary xlib ("libX11.so.6"); // the one that JUCE has loaded
 
     if (display == nullptr)
         return;
 
-    if (const auto setErrorHook = reinterpret_cast<SetErrorHook> (xlib.getFunction ("XESetWireToError")))
+    if (const auto setErrorHook = findInXlib<SetErrorHook> ("XESetWireToError"))
         for (int error = BadRequest; error <= BadImplementation; ++error)
             setErrorHook (display, error, ignoreError);
 }
@@ -100,6 +184,12 @@ void deliverHeldX11Events (juce::Component& component)
 
 #else
 
+void prepareX11Connection()
+{}
+X11Survival::X11Survival()
+{}
+X11Survival::~X11Survival()
+{}
 void ignoreX11ErrorsOfOurConnection()
 {}
 void offerOnlyCopies (juce::Component&)

@@ -10,6 +10,27 @@
 namespace pulsewright
 {
 
+/** Makes JUCE's connection to the display fit for a first window; to be called before there is one.
+
+    JUCE looks names up that a window manager usually has made. Where there is none, JUCE would use them unmade, an
+    error that ends most hosts: they are made here. And where the connection breaks, Xlib returns to JUCE instead of
+    ending the process, if the process's own handler lets it (as that of JUCE's apps does).
+*/
+void prepareX11Connection();
+
+/** While one exists, the process lives on when the X server dies, as far as that is for us to say: a host under Wayland,
+    which talks to X11 only through its plug-ins.
+
+    Xlib has one handler for broken connections in a process. Where a host has put its own there, it is not touched. Xlib's
+    own would end the process: it is kept from JUCE's connection alone.
+*/
+struct X11Survival
+{
+    X11Survival();
+    ~X11Survival();
+    JUCE_DECLARE_NON_COPYABLE (X11Survival)
+};
+
 /** Makes Xlib drop the errors of JUCE's connection to the display, until JUCE closes the connection.
 
     A program that takes a drag may end at any time, and JUCE then sends to a window that is gone. Xlib gives

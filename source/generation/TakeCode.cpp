@@ -9,6 +9,7 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
+#include <initializer_list>
 #include <optional>
 #include <span>
 #include <vector>
@@ -97,7 +98,7 @@ namespace
             {
                 if (count % bitsPerLetter == 0)
                     packed.push_back (0);
-                packed.back() = static_cast<std::uint8_t> (packed.back() << 1 | (value >> bit & 1u));
+                packed.back() = static_cast<std::uint8_t> (static_cast<unsigned> (packed.back()) << 1 | (value >> bit & 1u));
             }
         }
 
@@ -183,7 +184,7 @@ namespace
     {
         std::uint32_t sum = 1;
 
-        for (const std::uint32_t prefix : { 'p' >> 5, 'w' >> 5, 0, 'p' & 31, 'w' & 31 })
+        for (const std::uint32_t prefix : std::initializer_list<std::uint32_t> { 'p' >> 5u, 'w' >> 5u, 0u, 'p' & 31u, 'w' & 31u })
             sum = addLetter (sum, prefix);
         for (const auto letter : letters)
             sum = addLetter (sum, letter);

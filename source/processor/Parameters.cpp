@@ -8,7 +8,7 @@
 
 #include <cmath>
 #include <map>
-#include <ranges>
+#include <numeric>
 #include <string>
 #include <vector>
 
@@ -46,6 +46,13 @@ namespace
         return { text.data(), text.size() };
     }
 
+    std::vector<std::uint32_t> numbersBelow (std::uint32_t count)
+    {
+        std::vector<std::uint32_t> numbers (count);
+        std::iota (numbers.begin(), numbers.end(), 0u);
+        return numbers;
+    }
+
     /** @param nameOf  gives the name of an item */
     template <typename NameOf>
     juce::StringArray namesOf (const auto& items, NameOf&& nameOf)
@@ -69,8 +76,8 @@ namespace
 
     std::vector<Choice> allChoices()
     {
-        const auto genres     = std::views::iota (0u, genreCount);
-        const auto structures = std::views::iota (0u, songStructureCount);
+        const auto genres     = numbersBelow (genreCount);
+        const auto structures = numbersBelow (songStructureCount);
         const auto barsText   = [] (int bars) { return std::to_string (bars) + (bars == 1 ? " bar" : " bars"); };
 
         namespace id = parameterID;

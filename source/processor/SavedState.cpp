@@ -4,6 +4,7 @@
 #include "SavedState.h"
 
 #include "Parameters.h"
+#include "UntrustedText.h"
 
 #include <algorithm>
 #include <cmath>
@@ -27,31 +28,10 @@ namespace
     }
 
     //==============================================================================
-    // A state of ours has some twenty elements and is under two kilobytes. Larger ones are let through as
-    // far as parsing them is safe and quick.
-    constexpr int largestState         = 1 << 16; // bytes
-    constexpr std::ptrdiff_t mostMarks = 256;
+    // A state of ours is under two kilobytes. Larger ones are let through as far as parsing them is safe and quick.
+    constexpr int largestState = 1 << 16; // bytes
 
-    /** Whether the XML parser can be trusted with a text. It calls itself for every level of nesting and
-        for every entity, and forgives much that is not XML, so its reading is not guessed at: these
-        bounds hold whatever it makes of the text. (Of entities it also searches the whole rest of the text
-        for the end.) A state that was saved is plain ASCII, has one header and no markup in its values; one
-        that was cut short does not end with a tag. An attribute in base64, which the tree takes for binary,
-        says itself how much memory it wants; ours has none.
-    */
-    bool isSafeToParse (std::string_view text)
-    {
-        const bool isPlain = std::all_of (text.begin(), text.end(), [] (char c) { return static_cast<unsigned char> (c) < 0x80; });
-
-        const auto lastChar = text.find_last_not_of (" \t\r\n");
-        const bool isWhole  = lastChar != text.npos && text[lastChar] == '>';
-
-        return isPlain && isWhole && std::count (text.begin(), text.end(), '<') <= mostMarks
-            && std::count (text.begin(), text.end(), '&') <= mostMarks && text.find ("<!") == text.npos && text.find ("<?", 1) == text.npos
-            && text.find ("base64:") == text.npos;
-    }
-
-    /** @returns the element, or null where the bytes hold none that is safe to parse */
+    /** @returns the element, or null where the bytes hold none of ours that is safe to parse */
     std::unique_ptr<juce::XmlElement> parse (const void* data, int size)
     {
         constexpr int headerSize = 8; // a magic number and the length of the text
@@ -70,7 +50,8 @@ namespace
         if (! isSafeToParse (text.substr (0, text.find ('\0'))))
             return {};
 
-        return juce::AudioProcessor::getXmlFromBinary (data, size);
+        auto xml = juce::AudioProcessor::getXmlFromBinary (data, size);
+        return xml != nullptr && xml->getTagName() == SavedState::type ? std::move (xml) : nullptr;
     }
 
     /** The parser lets an attribute stand twice, and a tree would read the first and save the last. */
@@ -180,7 +161,7 @@ std::optional<SavedState> SavedState::read (const void* data, int size, const ju
 {
     const auto xml = parse (data, size);
 
-    if (xml == nullptr || xml->getTagName() != type)
+    if (xml == nullptr)
         return {};
 
     keepLastOfEachAttribute (*xml);
@@ -199,6 +180,11 @@ std::optional<SavedState> SavedState::read (const void* data, int size, const ju
         state.locks[lane] = static_cast<bool> (juce::var (xml->getStringAttribute (lockProperty (lane))));
 
     return state;
+}
+
+bool SavedState::isReadable (const void* data, int size)
+{
+    return parse (data, size) != nullptr;
 }
 
 void SavedState::write (juce::MemoryBlock& destination) const

@@ -35,6 +35,9 @@ struct SavedState
     */
     static std::optional<SavedState> read (const void* data, int size, const juce::AudioProcessorValueTreeState& layout);
 
+    /** Whether read() would give a state. */
+    static bool isReadable (const void* data, int size);
+
     void write (juce::MemoryBlock& destination) const;
 };
 

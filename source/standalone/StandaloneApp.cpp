@@ -4,16 +4,25 @@
 // The app around the plug-in: JUCE's window, audio device and MIDI ports, and the manners of a program that is
 // started from a shell.
 
+#include "Settings.h"
+
+#include "editor/X11Messages.h"
+
 #include <juce_audio_plugin_client/juce_audio_plugin_client.h>
 #include <juce_audio_utils/juce_audio_utils.h>
 
 #include <juce_audio_plugin_client/Standalone/juce_StandaloneFilterWindow.h>
 #include <juce_audio_plugin_client/detail/juce_CheckSettingMacros.h>
 
+#include <array>
 #include <cstdio>
 
 #if JUCE_LINUX
 #include <alsa/asoundlib.h>
+#include <cerrno>
+#include <csignal>
+#include <fcntl.h>
+#include <unistd.h>
 #endif
 
 namespace pulsewright
@@ -26,16 +35,9 @@ namespace
                                   "Opens the window of Pulsewright, a genre-aware drum song generator, without a host.\n"
                                   "pulsewright-cli makes the same music without a window.\n";
 
-    juce::PropertiesFile::Options settingsFile()
+    void say (const juce::String& message)
     {
-        juce::PropertiesFile::Options options;
-        options.applicationName     = JucePlugin_Name;
-        options.filenameSuffix      = ".settings";
-        options.osxLibrarySubFolder = "Application Support";
-#if JUCE_LINUX || JUCE_BSD
-        options.folderName = "~/.config";
-#endif
-        return options;
+        std::fputs (("pulsewright: " + message + "\n").toRawUTF8(), stderr);
     }
 
     /** Keeps a window's place on the screen; where it does not fit, its title bar. */
@@ -89,13 +91,47 @@ namespace
             if (auto* set = reinterpret_cast<SetHandler> (jack.getFunction (name)))
                 set (ignoreJackMessage);
     }
+
+    std::array<int, 2> signalPipe {};
+
+    void passSignalOn (int)
+    {
+        const auto error                   = errno;
+        [[maybe_unused]] const auto result = write (signalPipe[1], "", 1);
+        errno                              = error;
+    }
+
+    void quitWhenTold (int pipe)
+    {
+        char byte = 0;
+
+        if (auto* app = juce::JUCEApplicationBase::getInstance(); app != nullptr && read (pipe, &byte, 1) == 1)
+            app->systemRequestedQuit();
+    }
+
+    /** SIGTERM and its like close the app as its window's button does. A second one ends it at once. */
+    void quitOnSignals()
+    {
+        if (pipe2 (signalPipe.data(), O_CLOEXEC | O_NONBLOCK) != 0)
+            return;
+
+        juce::LinuxEventLoop::registerFdCallback (signalPipe[0], quitWhenTold);
+
+        struct sigaction action = {}, before = {};
+        action.sa_handler = passSignalOn;
+        action.sa_flags   = static_cast<int> (SA_RESETHAND) | SA_RESTART;
+
+        for (const int signal : { SIGHUP, SIGINT, SIGTERM })
+            if (sigaction (signal, nullptr, &before) == 0 && before.sa_handler != SIG_IGN) // as under nohup
+                sigaction (signal, &action, nullptr);
+    }
 #endif
 } // namespace
 
 class StandaloneApp final : public juce::JUCEApplication, private juce::ChangeListener
 {
 public:
-    StandaloneApp() { settings.setStorageParameters (settingsFile()); }
+    StandaloneApp() { settings.setStorageParameters (settingsOptions()); }
 
     const juce::String getApplicationName() override { return JucePlugin_Name; }             // NOLINT(readability-const-return-type): as in JUCE
     const juce::String getApplicationVersion() override { return JucePlugin_VersionString; } // NOLINT(readability-const-return-type)
@@ -117,9 +153,14 @@ public:
         if (juce::Desktop::getInstance().getDisplays().displays.isEmpty())
             return leave (stderr, "pulsewright: There is no display to open a window on.\n", 1);
 
+        if (! openSettings())
+            return leave (stderr, "", 1);
+
 #if JUCE_LINUX
         silenceSoundLibraries();
+        quitOnSignals();
 #endif
+        prepareX11Connection();
 
         window = std::make_unique<juce::StandaloneFilterWindow> (
             getApplicationName(),
@@ -131,23 +172,24 @@ public:
         nameWindow();
 
         if (! hasSoundDevice())
-            std::fputs ("pulsewright: There is no sound device: nothing plays. Options, Audio/MIDI Settings chooses one.\n", stderr);
+            say ("There is no sound device: nothing plays. Options, Audio/MIDI Settings chooses one.");
     }
 
     void shutdown() override
     {
-        if (window != nullptr)
-            window->getDeviceManager().removeChangeListener (this);
+        if (window == nullptr)
+            return;
 
+        window->getDeviceManager().removeChangeListener (this);
+        window->pluginHolder->savePluginState();
         window.reset();
-        settings.saveIfNeeded();
+
+        if (! settings.saveIfNeeded())
+            sayNotSaved();
     }
 
     void systemRequestedQuit() override
     {
-        if (window != nullptr)
-            window->pluginHolder->savePluginState();
-
         // An open box or dialog closes first; what waits for its answer may still use the window.
         if (juce::ModalComponentManager::getInstance()->cancelAllModalComponents())
             juce::Timer::callAfterDelay (100,
@@ -172,6 +214,27 @@ private:
     void nameWindow()
     {
         window->setName (getApplicationName() + (hasSoundDevice() ? "" : ": no sound device"));
+    }
+
+    /** Reads the settings and writes them again: whether they can be kept is said now, not when it is too late.
+        @returns false where they cannot be used
+    */
+    bool openSettings()
+    {
+        const auto [message, isUsable] = prepareSettings (settingsOptions().getDefaultFile());
+
+        if (message.isNotEmpty())
+            say (message);
+
+        if (isUsable && ! settings.getUserSettings()->save())
+            sayNotSaved();
+
+        return isUsable;
+    }
+
+    void sayNotSaved()
+    {
+        say ("The settings cannot be written to " + settings.getUserSettings()->getFile().getFullPathName() + ": what is on the screen is not kept.");
     }
 
     void leave (std::FILE* stream, const char* text, int status)

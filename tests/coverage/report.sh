@@ -20,7 +20,7 @@ done
 gcovr --root "$root" --filter "$root/source/" --gcov-ignore-parse-errors --json "$build/coverage.json" "$build" 2> "$build/coverage.log" ||
     { tail -n 5 "$build/coverage.log" >&2; exit 2; }
 
-for folder in generation export processor; do
+for folder in generation preset export processor editor; do
     gcovr --root "$root" --filter "$root/source/$folder/" --add-tracefile "$build/coverage.json" --fail-under-line "${2:-90}" || failed=1
 done
 exit "$failed"

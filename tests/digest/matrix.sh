@@ -12,7 +12,7 @@ set -u -o pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.." || exit 2
 
 readonly packages=(
-    g++ clang libc++-dev libc++abi-dev locales g++-aarch64-linux-gnu g++-s390x-linux-gnu qemu-user
+    g++ clang clang-19 libc++-19-dev libc++abi-19-dev locales g++-aarch64-linux-gnu g++-s390x-linux-gnu qemu-user
     g++-mingw-w64-x86-64-posix wine wine64)
 
 case "${1:-}" in
@@ -88,7 +88,7 @@ for options in "-O0" "-O2" "-O3" "-O3 -march=native"; do
     cell "Clang $options" equal "" clang++ "${flags[@]}" $options
 done
 
-cell "Clang -O2, libc++" equal "" clang++ "${flags[@]}" -O2 -stdlib=libc++
+cell "Clang 19 -O2, libc++" equal "" clang++-19 "${flags[@]}" -O2 -stdlib=libc++
 
 for options in "-O2" "-O3"; do
     cell "64-bit Arm, GCC $options"        equal qemu-aarch64 aarch64-linux-gnu-g++ "${flags[@]}" $options -static

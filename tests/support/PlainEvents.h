@@ -30,7 +30,7 @@ inline std::vector<NoteEvent> plainEventsOf (const PlaybackData& music, Repeat r
     const auto emit = [&] (double t, std::uint8_t status, std::uint32_t note, std::uint32_t velocity)
     {
         if (t >= window.from && t < window.end)
-            events.push_back ({ std::clamp (static_cast<int> ((t - window.start) / window.beatsPerSample), 0, window.numSamples - 1),
+            events.push_back ({ static_cast<int> (std::clamp ((t - window.start) / window.beatsPerSample, 0.0, window.numSamples - 1.0)),
                                 status,
                                 static_cast<std::uint8_t> (note),
                                 static_cast<std::uint8_t> (velocity) });

@@ -62,7 +62,7 @@ namespace
     std::vector<Option> namedOptionsOf (Command command)
     {
         auto options = optionsOf (command);
-        std::erase_if (options, &Option::hasPlace);
+        std::erase_if (options, [] (const auto& option) { return option.hasPlace(); });
         return options;
     }
 

@@ -1,0 +1,26 @@
+// SPDX-FileCopyrightText: 2026 Tolm
+// SPDX-License-Identifier: AGPL-3.0-only
+
+// Text from a host, a project or a settings file, looked at before JUCE reads it. Pure functions.
+
+#pragma once
+
+#include <string_view>
+
+namespace pulsewright
+{
+
+/** Whether JUCE's XML parser can be trusted with a text.
+
+    The parser calls itself for every level of nesting and for every entity, and forgives much that is not XML, so its
+    reading is not guessed at: these bounds hold whatever it makes of the text. (Of a named entity it also searches the
+    whole rest of the text for the end.) What was written here is plain ASCII, has one header and no markup in its
+    values; a text that was cut short does not end with a tag. An attribute in base64, which the tree takes for binary,
+    says itself how much memory it wants; ours have none.
+*/
+bool isSafeToParse (std::string_view text);
+
+/** Whether a text that JUCE's MemoryBlock is to read, "1234.ABCD", names no more bytes than it brings. */
+bool isWholeBase64 (std::string_view text);
+
+} // namespace pulsewright

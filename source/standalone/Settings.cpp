@@ -1,0 +1,91 @@
+// SPDX-FileCopyrightText: 2026 Tolm
+// SPDX-License-Identifier: AGPL-3.0-only
+
+#include "Settings.h"
+
+#include "processor/SavedState.h"
+#include "processor/UntrustedText.h"
+
+namespace pulsewright
+{
+
+namespace
+{
+    constexpr const char* usualFolder = "~/.config";
+
+    juce::String settingsFolder()
+    {
+        const auto folder = juce::SystemStats::getEnvironmentVariable ("XDG_CONFIG_HOME", {});
+        return juce::File::isAbsolutePath (folder) ? folder : juce::String (usualFolder);
+    }
+
+    bool isReadableState (const juce::String& text)
+    {
+        juce::MemoryBlock state;
+
+        return isWholeBase64 (text.toRawUTF8()) && state.fromBase64Encoding (text)
+            && SavedState::isReadable (state.getData(), static_cast<int> (state.getSize()));
+    }
+
+    /** @returns what is wrong with a file's text; empty where nothing is */
+    juce::String faultOf (const juce::String& text)
+    {
+        constexpr int largestText = 1 << 18; // a usual one has three kilobytes
+
+        if (text.length() > largestText || ! isSafeToParse (text.toStdString()))
+            return "are not this app's, or cut short";
+
+        const auto settings = juce::parseXMLIfTagMatches (text, "PROPERTIES");
+
+        if (settings == nullptr)
+            return "are not this app's";
+
+        const auto* state = settings->getChildByAttribute ("name", "filterState");
+        return state == nullptr || isReadableState (state->getStringAttribute ("val")) ? "" : "hold a state that cannot be restored";
+    }
+
+    void copyFromUsualFolder (const juce::File& file)
+    {
+        const auto earlier = juce::File (usualFolder).getChildFile (file.getFileName());
+
+        if (! file.exists() && earlier.existsAsFile() && file.getParentDirectory().createDirectory())
+            earlier.copyFileTo (file); // where that fails, the app opens as a new one
+    }
+} // namespace
+
+juce::PropertiesFile::Options settingsOptions()
+{
+    juce::PropertiesFile::Options options;
+    options.applicationName     = "Pulsewright";
+    options.filenameSuffix      = ".settings";
+    options.osxLibrarySubFolder = "Application Support";
+#if JUCE_LINUX || JUCE_BSD
+    options.folderName = settingsFolder();
+#endif
+    return options;
+}
+
+PreparedSettings prepareSettings (const juce::File& file)
+{
+#if JUCE_LINUX || JUCE_BSD
+    copyFromUsualFolder (file);
+#endif
+
+    if (! file.exists())
+        return {};
+
+    const auto fault = file.existsAsFile() ? faultOf (file.loadFileAsString()) : "are not a file";
+
+    if (fault.isEmpty())
+        return {};
+
+    const auto path  = file.getFullPathName();
+    const auto aside = file.getParentDirectory().getNonexistentChildFile (file.getFileName() + ".bad", {}, false);
+
+    if (file.moveFileTo (aside))
+        return { "The settings in " + path + " " + fault + ". They are kept as " + aside.getFileName() + "; the app opens as a new one." };
+
+    return { "The settings in " + path + " " + fault + ", and cannot be renamed. Move them away.", false };
+}
+
+} // namespace pulsewright

@@ -1,0 +1,69 @@
+#!/usr/bin/env bash
+# SPDX-FileCopyrightText: 2026 Tolm
+# SPDX-License-Identifier: AGPL-3.0-only
+
+# From outside, on a display without a window manager: the app's settings and its end, and a host whose X server dies.
+# Usage: outside.sh PULSEWRIGHT HOSTILE-HOST LV2
+set -u
+app=$1 host=$2 lv2=$3 failed=0
+
+scratch=$(mktemp -d)
+trap 'kill $server 2>/dev/null; rm -rf "$scratch"' EXIT
+export HOME=$scratch/home TMPDIR=$scratch LC_ALL=C.UTF-8 XDG_CONFIG_HOME=$scratch/config
+mkdir -p "$HOME/.config" "$XDG_CONFIG_HOME"
+settings=$XDG_CONFIG_HOME/Pulsewright.settings log=$scratch/log
+
+Xvfb -screen 0 1600x1200x24 -displayfd 1 > "$scratch/display" 2>/dev/null & server=$!
+for _ in $(seq 100); do [ -s "$scratch/display" ] && break; sleep 0.1; done
+DISPLAY=:$(<"$scratch/display")
+export DISPLAY
+
+expect() { local what=$1; shift; "$@" || { echo "FAILED: $what"; cat "$log"; failed=1; }; }
+
+# Opens the app and ends it. Usage: app_until COMMAND..., which gets the app's process as its last argument
+app_until() {
+    "$app" 2> "$log" & local process=$!
+    timeout 20 xdotool search --sync --name '^Pulsewright' > "$scratch/windows" || kill -KILL $process
+    "$@" $process
+    wait $process
+    expect "the app ends in good order" [ $? = 0 ]
+}
+
+holds_state() { grep -q 'name="filterState" val="[0-9]*\.' "$settings"; }
+
+# What earlier versions kept is taken along, and SIGTERM saves.
+app_until kill -TERM
+expect "SIGTERM saves the state" holds_state
+mv "$settings" "$HOME/.config/"
+app_until kill -TERM
+expect "the settings of an earlier version are taken along" grep -q windowX "$settings"
+expect "which are not touched" [ -f "$HOME/.config/Pulsewright.settings" ]
+
+# Settings that would end the app.
+good=$(<"$settings") number=0
+for bad in "$(sed 's/name="filterState" val="[^"]*"/name="filterState" val="-1.AAAA"/' <<< "$good")" \
+           "$(sed 's/name="filterState" val="[^"]*"/name="filterState" val="3.AAAA"/' <<< "$good")" \
+           "<?xml version=\"1.0\"?><PROPERTIES>$(printf '<a>%.0s' $(seq 100000))</PROPERTIES>" \
+           "${good%???}" PROP CPRP; do
+    printf '%s' "$bad" > "$settings"
+    app_until kill -TERM
+    number=$((number + 1))
+    aside=$settings.bad$([ $number = 1 ] || echo $number)
+    expect "bad settings are kept" [ "$(cat "$aside")" = "$bad" ]
+    expect "the app says so" grep -qF "${aside##*/}" "$log"
+    expect "it opens as a new one" holds_state
+done
+
+XDG_CONFIG_HOME=/dev/null/settings app_until kill -TERM
+expect "settings that cannot be written are told" grep -q "cannot be written to /dev/null/settings/Pulsewright.settings" "$log"
+
+# The X server dies: under the app, which saves, and under a host that only has it for its plug-ins' windows.
+"$host" "$lv2" --window > "$log.host" 2>&1 & host_process=$!
+for _ in $(seq 200); do grep -q open "$log.host" && break; sleep 0.1; done
+rm "$settings"
+end_server() { sleep 1; kill $server; }
+app_until end_server
+expect "the app saves when its display is gone" holds_state
+wait $host_process || { failed=1; echo "FAILED: the host lives on"; cat "$log.host"; }
+
+exit $failed
