@@ -3,6 +3,8 @@
 
 #include "DrumPattern.h"
 
+#include "NearlySorted.h"
+
 #include <algorithm>
 #include <array>
 #include <tuple>
@@ -88,34 +90,6 @@ namespace
     {
         return std::tie (a.start, a.note, a.velocity) < std::tie (b.start, b.note, b.velocity);
     }
-
-    /** Stable. Hits that are generated are nearly in order, where this is far quicker than the library's. */
-    void sort (std::vector<DrumHit>& hits)
-    {
-        constexpr std::size_t nearly = 16; // steps a hit
-
-        std::size_t stepsLeft = nearly * hits.size();
-
-        for (std::size_t next = 1; next < hits.size(); ++next)
-        {
-            auto place = next;
-
-            if (! playsBefore (hits[next], hits[next - 1]))
-                continue;
-
-            const auto hit = hits[next];
-
-            for (; place > 0 && playsBefore (hit, hits[place - 1]); --place)
-                hits[place] = hits[place - 1];
-
-            hits[place] = hit;
-
-            if (next - place > stepsLeft)
-                return std::stable_sort (hits.begin(), hits.end(), playsBefore);
-
-            stepsLeft -= next - place;
-        }
-    }
 } // namespace
 
 void normalise (DrumPattern& pattern)
@@ -126,16 +100,22 @@ void normalise (DrumPattern& pattern)
     for (auto& hit : hits)
         hit.start = std::max (0.0, std::min (lastStart, hit.start));
 
-    sort (hits);
+    sortNearlySorted (hits, playsBefore);
 
     // Each hit is held against the last one kept, of whatever note: a snare between two kicks keeps both.
-    std::size_t kept = 0;
+    const auto doubles = [] (const DrumHit& kept, const DrumHit& hit)
+    { return hit.note == kept.note && hit.start - kept.start < doubledNoteDistance; };
 
-    for (const auto& hit : hits)
-        if (kept == 0 || hit.note != hits[kept - 1].note || hit.start - hits[kept - 1].start >= doubledNoteDistance)
-            hits[kept++] = hit;
+    auto kept = std::adjacent_find (hits.begin(), hits.end(), doubles); // up to here nothing moves
 
-    hits.resize (kept);
+    if (kept == hits.end())
+        return;
+
+    for (auto hit = kept + 1; hit != hits.end(); ++hit)
+        if (! doubles (*kept, *hit))
+            *++kept = *hit;
+
+    hits.erase (kept + 1, hits.end());
 }
 
 } // namespace pulsewright

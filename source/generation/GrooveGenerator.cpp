@@ -14,8 +14,6 @@ namespace pulsewright
 
 DrumPattern GrooveGenerator::generate (const GenerationSettings& settings, SectionType type, std::int32_t bars, std::uint32_t seed)
 {
-    constexpr std::size_t mostHitsOfABar = 32; // a guess that is right for nearly every setting
-
     const GroovePlan plan (settings, type, bars);
 
     DrumPattern pattern;
@@ -23,7 +21,7 @@ DrumPattern GrooveGenerator::generate (const GenerationSettings& settings, Secti
     pattern.sectionType = type;
     pattern.bars        = plan.bars();
     pattern.seed        = GroovePlan::mixedSeed (seed, type, settings.seed);
-    pattern.hits.reserve (static_cast<std::size_t> (pattern.bars) * mostHitsOfABar);
+    pattern.hits.reserve (plan.usualHits());
 
     std::mt19937 engine (pattern.seed);
     plan.play (pattern.hits, [&engine] { return static_cast<std::uint32_t> (engine()); });

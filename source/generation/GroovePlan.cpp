@@ -44,26 +44,9 @@ namespace
     constexpr std::array<std::uint32_t, 4> fillNotes { note::lowTom, note::midTom, note::highTom, note::snare };
     // clang-format on
 
-    constexpr double swingBeats       = 0.085; // delay of an odd sixteenth at full swing
-    constexpr double timingBeats      = 0.07;  // widest offset at full timing humanisation
-    constexpr double accentVelocity   = 22.0;
-    constexpr double humaniseVelocity = 36.0;
-    constexpr double energyVelocity   = 48.0;
-    constexpr int ghostDrop           = 27;
-    constexpr int ghostCeiling        = 70;
-
-    /** The whole part of a change of velocity. More than the widest range is as good as that, and no integer holds it. */
-    int velocityChange (double change) noexcept
-    {
-        constexpr double widest = 256.0;
-        return static_cast<int> (std::min (widest, std::max (-widest, change)));
-    }
-
-    /** A draw of 24 bits as -1 to just below 1; exact in single precision. */
-    double bipolar (std::uint32_t draw) noexcept
-    {
-        return static_cast<double> (2.0f * (static_cast<float> (draw) * 0x1p-24f) - 1.0f);
-    }
+    constexpr double swingBeats     = 0.085; // delay of an odd sixteenth at full swing
+    constexpr double accentVelocity = 22.0;
+    constexpr double energyVelocity = 48.0;
 
     /** How many of the 2^24 draws lie below a probability. What is no number lies below none. */
     std::uint32_t drawsBelow (double probability) noexcept
@@ -343,22 +326,16 @@ std::size_t GroovePlan::mostDraws() const noexcept
     return draws;
 }
 
-DrumHit GroovePlan::hitOf (const OfferedStroke& stroke, std::int32_t bar, std::uint32_t timingDraw, std::uint32_t velocityDraw) const noexcept
+std::size_t GroovePlan::usualHits() const noexcept
 {
-    double beat = static_cast<double> (bar) * beatsPerBar + stroke.beat;
-    beat += stroke.swing;
-    beat += bipolar (timingDraw) * timing * timingBeats * stroke.looseness;
+    std::uint64_t likely = 0; // in 2^24ths of a hit
 
-    int humanised = stroke.velocity + velocityChange (bipolar (velocityDraw) * velocity * humaniseVelocity);
+    for (std::int32_t bar = 0; bar < numBars; ++bar)
+        for (const auto& stroke : strokesOf (bar))
+            likely += stroke.limit;
 
-    if (stroke.isGhost)
-        humanised = std::min (humanised - ghostDrop, ghostCeiling);
-
-    return { .start    = std::max (0.0, std::min (lastStart, beat)),
-             .length   = stroke.length,
-             .note     = stroke.note,
-             .velocity = static_cast<std::uint32_t> (std::clamp (humanised, 20, 127)),
-             .lane     = stroke.lane };
+    const auto hits = static_cast<std::size_t> (likely >> 24);
+    return hits + hits / 16 + 8;
 }
 
 std::uint32_t GroovePlan::mixedSeed (std::uint32_t seed, SectionType type, std::uint32_t salt) noexcept

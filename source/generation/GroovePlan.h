@@ -8,6 +8,7 @@
 #include "DrumPattern.h"
 #include "GenerationSettings.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstdint>
@@ -50,30 +51,61 @@ public:
     /** How many numbers the whole groove draws at most: three for each candidate. */
     std::size_t mostDraws() const noexcept;
 
+    /** How many hits the groove usually has at most. */
+    std::size_t usualHits() const noexcept;
+
     /** The hit that a played candidate becomes. @param timingDraw, velocityDraw  24 bits each */
-    DrumHit hitOf (const OfferedStroke& stroke, std::int32_t bar, std::uint32_t timingDraw, std::uint32_t velocityDraw) const noexcept;
+    DrumHit hitOf (const OfferedStroke& stroke, std::int32_t bar, std::uint32_t timingDraw, std::uint32_t velocityDraw) const noexcept
+    {
+        constexpr double timingBeats      = 0.07; // widest offset at full timing humanisation
+        constexpr double humaniseVelocity = 36.0;
+        constexpr int ghostDrop = 27, ghostCeiling = 70;
+
+        double beat = static_cast<double> (bar) * beatsPerBar + stroke.beat;
+        beat += stroke.swing;
+        beat += bipolar (timingDraw) * timing * timingBeats * stroke.looseness;
+
+        const int humanised = stroke.velocity + velocityChange (bipolar (velocityDraw) * velocity * humaniseVelocity);
+        const int ghostly   = std::min (humanised - ghostDrop, ghostCeiling);
+
+        return { .start    = std::max (0.0, std::min (lastStart, beat)),
+                 .length   = stroke.length,
+                 .note     = stroke.note,
+                 .velocity = static_cast<std::uint32_t> (std::clamp (stroke.isGhost ? ghostly : humanised, 20, 127)),
+                 .lane     = stroke.lane };
+    }
 
     /** Appends the groove's hits, nearly in the order of time: normalise() does the rest.
-        @param draw  gives the next 32 random bits
+        @param draw  gives the next 32 random bits; called mostDraws() times at most, also for numbers that are not used
     */
     template <typename Draw>
     void play (std::vector<DrumHit>& hits, Draw&& draw) const
     {
         std::array<DrumHit, mostStrokesOfABar> slots;
+        std::array<std::uint32_t, 3 * mostStrokesOfABar> numbers; // of 24 bits, drawn ahead
+        std::size_t ahead = 0;
 
         for (std::int32_t bar = 0; bar < numBars; ++bar)
         {
+            const auto offered   = strokesOf (bar);
+            const auto* next     = numbers.data();
             std::uint64_t played = 0;
 
-            // One number for a candidate that is dropped and three for one that is played.
-            for (const auto& stroke : strokesOf (bar))
-                if (const std::uint32_t dropDecision = draw() >> 8; dropDecision < stroke.limit)
-                {
-                    const std::uint32_t timingDraw   = draw() >> 8;
-                    const std::uint32_t velocityDraw = draw() >> 8;
-                    slots[stroke.rank]               = hitOf (stroke, bar, timingDraw, velocityDraw);
-                    played |= std::uint64_t { 1 } << stroke.rank;
-                }
+            for (; ahead < 3 * offered.size(); ++ahead)
+                numbers[ahead] = draw() >> 8;
+
+            // One number for a candidate that is dropped and three for one that is played. What is dropped is made as well
+            // and left out: nobody can foretell which it will be, and the processor would wait at every wrong guess.
+            for (const auto& stroke : offered)
+            {
+                const bool isPlayed = next[0] < stroke.limit;
+                slots[stroke.rank]  = hitOf (stroke, bar, next[1], next[2]);
+                played |= std::uint64_t { isPlayed } << stroke.rank;
+                next += isPlayed ? 3 : 1;
+            }
+
+            ahead -= static_cast<std::size_t> (next - numbers.data());
+            std::copy_n (next, ahead, numbers.begin());
 
             for (; played != 0; played &= played - 1)
                 hits.push_back (slots[static_cast<std::size_t> (std::countr_zero (played))]);
@@ -84,6 +116,19 @@ public:
     static std::uint32_t mixedSeed (std::uint32_t seed, SectionType type, std::uint32_t salt) noexcept;
 
 private:
+    /** A draw of 24 bits as -1 to just below 1; exact in single precision. */
+    static double bipolar (std::uint32_t draw) noexcept
+    {
+        return static_cast<double> (2.0f * (static_cast<float> (static_cast<std::int32_t> (draw)) * 0x1p-24f) - 1.0f);
+    }
+
+    /** The whole part of a change of velocity. More than the widest range is as good as that, and no integer holds it. */
+    static int velocityChange (double change) noexcept
+    {
+        constexpr double widest = 256.0;
+        return static_cast<int> (std::min (widest, std::max (-widest, change)));
+    }
+
     const std::int32_t numBars;
     const double lastStart;
     const double timing, velocity; // depths of the humanisation
