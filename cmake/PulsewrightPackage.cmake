@@ -19,6 +19,7 @@ get_target_property (vst3_bundle Pulsewright_VST3 JUCE_PLUGIN_ARTEFACT_FILE)
 get_target_property (lv2_bundle Pulsewright_LV2 JUCE_PLUGIN_ARTEFACT_FILE)
 install (DIRECTORY "${vst3_bundle}" DESTINATION lib/vst3)
 install (DIRECTORY "${lv2_bundle}" DESTINATION lib/lv2)
+install (DIRECTORY "${PROJECT_BINARY_DIR}/presets/" DESTINATION share/vst3/presets/Tolm/Pulsewright)
 
 # The programs.
 install (PROGRAMS "$<TARGET_FILE:Pulsewright_Standalone>" DESTINATION "${CMAKE_INSTALL_BINDIR}" RENAME pulsewright)

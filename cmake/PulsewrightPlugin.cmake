@@ -63,6 +63,9 @@ target_sources (Pulsewright PRIVATE
     source/editor/X11Messages.cpp
     source/editor/X11Messages.h)
 
+include (DeferVst3Restart)
+defer_vst3_restart()
+
 # Debian's JUCE takes the plug-in's name for a URI where the wrappers do not see one in time.
 target_compile_definitions (Pulsewright INTERFACE JucePlugin_LV2URI="${PULSEWRIGHT_LV2_URI}")
 
@@ -116,6 +119,7 @@ set (PULSEWRIGHT_LV2_BUNDLE "$<TARGET_FILE_DIR:Pulsewright_LV2>")
 add_custom_command (TARGET Pulsewright_LV2 POST_BUILD
     COMMAND "${CMAKE_COMMAND}" "-DBUNDLE=${PULSEWRIGHT_LV2_BUNDLE}" -DLICENCE=https://www.gnu.org/licenses/agpl-3.0.html
             "-DHOMEPAGE=https://tolm.example/pulsewright" -P "${CMAKE_CURRENT_SOURCE_DIR}/cmake/MendLv2Turtle.cmake"
+    COMMAND pulsewright-factory-presets lv2 "${PULSEWRIGHT_LV2_BUNDLE}"
     VERBATIM)
 
 # Modules show their entry points alone: symbols of the standard library would be shared with other plug-ins' in a host.

@@ -88,6 +88,34 @@ namespace
     {
         return std::tie (a.start, a.note, a.velocity) < std::tie (b.start, b.note, b.velocity);
     }
+
+    /** Stable. Hits that are generated are nearly in order, where this is far quicker than the library's. */
+    void sort (std::vector<DrumHit>& hits)
+    {
+        constexpr std::size_t nearly = 16; // steps a hit
+
+        std::size_t stepsLeft = nearly * hits.size();
+
+        for (std::size_t next = 1; next < hits.size(); ++next)
+        {
+            auto place = next;
+
+            if (! playsBefore (hits[next], hits[next - 1]))
+                continue;
+
+            const auto hit = hits[next];
+
+            for (; place > 0 && playsBefore (hit, hits[place - 1]); --place)
+                hits[place] = hits[place - 1];
+
+            hits[place] = hit;
+
+            if (next - place > stepsLeft)
+                return std::stable_sort (hits.begin(), hits.end(), playsBefore);
+
+            stepsLeft -= next - place;
+        }
+    }
 } // namespace
 
 void normalise (DrumPattern& pattern)
@@ -98,7 +126,7 @@ void normalise (DrumPattern& pattern)
     for (auto& hit : hits)
         hit.start = std::max (0.0, std::min (lastStart, hit.start));
 
-    std::stable_sort (hits.begin(), hits.end(), playsBefore);
+    sort (hits);
 
     // Each hit is held against the last one kept, of whatever note: a snare between two kicks keeps both.
     std::size_t kept = 0;

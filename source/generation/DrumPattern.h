@@ -106,7 +106,9 @@ struct DrumPattern
     double lengthInBeats() const noexcept { return static_cast<double> (bars) * beatsPerBar; }
 
     /** The last place where a hit may start, in beats. */
-    double lastStart() const noexcept { return lengthInBeats() - 0.001; }
+    double lastStart() const noexcept { return lastStartIn (bars); }
+
+    static constexpr double lastStartIn (std::int32_t bars) noexcept { return static_cast<double> (bars) * beatsPerBar - 0.001; }
 
     bool operator== (const DrumPattern&) const = default;
 };

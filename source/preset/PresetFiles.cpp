@@ -122,22 +122,6 @@ namespace
     }
 
     //==============================================================================
-    /** "Late Night" as a part of a URI: Late%20Night. */
-    std::string uriText (std::string_view name)
-    {
-        constexpr auto digits = "0123456789ABCDEF"sv;
-        std::string text;
-
-        for (const char c : name)
-        {
-            const auto byte    = static_cast<unsigned char> (c);
-            const bool isPlain = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' || c == '_' || c == '.';
-            text += isPlain ? std::string (1, c) : std::string { '%', digits[byte >> 4], digits[byte & 15] };
-        }
-
-        return text;
-    }
-
     std::string turtleText (std::string_view text)
     {
         std::string escaped;
@@ -190,10 +174,10 @@ Lv2Presets lv2PresetsOf (const std::vector<NamedState>& presets)
 
     Lv2Presets files { prefixes, prefixes };
 
-    for (const auto& [name, state] : presets)
+    for (const auto& [name, code, state] : presets)
     {
         const auto subject =
-            "\n<" + std::string (lv2Uri) + ":preset:" + uriText (name) + ">\n\ta pset:Preset ;\n\tlv2:appliesTo <" + std::string (lv2Uri) + "> ;\n";
+            "\n<" + std::string (lv2Uri) + ":preset:" + code + ">\n\ta pset:Preset ;\n\tlv2:appliesTo <" + std::string (lv2Uri) + "> ;\n";
 
         files.manifest += subject + "\trdfs:seeAlso <presets.ttl> .\n";
         files.presets += subject + "\trdfs:label \"" + turtleText (name) + "\" ;\n\tstate:state [ <" + std::string (lv2Uri) + ":StateString> \""

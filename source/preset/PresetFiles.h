@@ -35,10 +35,11 @@ inline constexpr std::string_view lv2Uri = "urn:tolm:pulsewright";
 struct NamedState
 {
     std::string name;
+    std::string code; ///< of the take
     std::string state;
 };
 
-/** The files of an LV2 bundle that holds presets. Each preset's URI is made of its name. */
+/** The files of an LV2 bundle that holds presets. Each preset's URI ends with its take's code. */
 struct Lv2Presets
 {
     std::string manifest; ///< manifest.ttl

@@ -219,48 +219,61 @@ def compare_notes(heard, hits, tolerance, what):
     return start
 
 
-def restored_groove(tool):
-    """What a session that was saved before anything was generated comes back with: take 1."""
-    hits = json.loads(run([tool, "pattern", "--take", "1", "--json", "-"])[1])["hits"]
+def groove_of(tool, *take):
+    """A take, as the tool plays it. A session that was saved before anything was generated comes back with take 1."""
+    hits = json.loads(run([tool, "pattern", *take, "--json", "-"])[1])["hits"]
     return {"hits": [[hit["start"], hit["length"], hit["note"], hit["velocity"]] for hit in hits]}
 
 
 def loop_in_ardour(scratch, bundle, tool):
+    """The groove of a preset, where VST3 hosts look for them."""
+    presets = scratch / "home/.vst3/presets/Tolm/Pulsewright"
+    shutil.copytree(bundle.parents[3] / "presets", presets)
+    preset = presets / "Boom Bap - Head Nod.vstpreset"
+    code = run([tool, "show", str(preset)])[1].strip()
+
     passes = int(os.environ.get("PULSEWRIGHT_PASSES", "3"))
     seconds = (passes * LENGTH + 1) * 60 / 90 + 1
     dump = scratch / "midi.txt"
     ready = f"jack_midi_dump -a > '{dump}' 2>/dev/null & echo $! > '{dump}.pid'; sleep 1; jack_connect ':Drums/midi_out 1' midi-monitor:input"
 
     with jack(scratch):
-        run_ardour(scratch, bundle, "ardour_loop.lua", seconds, ready, seconds=seconds + 60)
+        run_ardour(scratch, bundle, "ardour_loop.lua", seconds, ready, preset.stem, seconds=seconds + 60)
         os.kill(int(pathlib.Path(f"{dump}.pid").read_text()), signal.SIGTERM)
         time.sleep(0.5)
 
     heard = note_ons(dump)
-    hits = looped(passes * LENGTH, restored_groove(tool))
+    hits = looped(passes * LENGTH, groove_of(tool, "--code", code))
     compare_notes(heard, hits, 2 * ARDOURS_ROUNDING, f"{passes} passes of Ardour's loop")
     print(f"ok: {passes} passes of Ardour's loop, {len(hits)} onsets, each once")
 
 
-def roll_in_jalv(scratch, _, __):
-    """Without a timebase master, so that no tempo is named: the opening style's is 90 BPM."""
+def roll_in_jalv(scratch, bundle, tool):
+    """Without a timebase master, so that no tempo is named: the opening style's is 90 BPM, and so is the first preset's."""
     dump = scratch / "midi.txt"
+    preset, code = re.search(f"<({URI}:preset:(.*))>", (bundle / "presets.ttl").read_text()).groups()
 
-    with jack(scratch), open(scratch / "jalv.log", "w") as log, running(["jalv", "-n", "pw", "-x", URI], stdout=log, stderr=log):
+    with jack(scratch), open(scratch / "jalv.log", "w") as log, running(["jalv", "-n", "pw", "-x", URI], stdout=log, stderr=log) as jalv:
         wait_for("jalv's ports", lambda: "pw:out" in ports())
         with open(dump, "w") as output, running(["jack_midi_dump", "-a"], stdout=output):
             wait_for("a recorder", lambda: "midi-monitor:input" in ports())
             run(["jack_connect", "pw:out", "midi-monitor:input"])
-            transport("stop", "locate 0", "play", 6.5, "stop", 1.5, "locate 256000", "play", 6.5, "stop")
+            transport("stop", "locate 0", "play", 6.5, "stop", 1.5)
+            jalv.stdin.write(f"presets\npreset {preset}\n".encode())
+            jalv.stdin.flush()
+            transport("locate 256000", "play", 6.5, "stop")
 
     heard = note_ons(dump)
     require("onsets", heard, "none")
     second = next((i for i in range(1, len(heard)) if heard[i][0] - heard[i - 1][0] > SAMPLE_RATE), len(heard))
 
-    for roll, what in (heard[:second], "jalv's first roll"), (heard[second:], "jalv's second roll"):
-        start = compare_notes(roll, looped(LENGTH), 1, what)
+    for roll, groove, what in (heard[:second], GROOVE, "jalv's first roll"), (heard[second:], groove_of(tool, "--code", code), "its roll of a preset"):
+        start = compare_notes(roll, looped(LENGTH, groove), 1, what)
         require(f"{what} to begin with a block", start % BLOCK == 0, start)
-        print(f"ok: {what}: {len(looped(LENGTH))} onsets, each at its sample")
+        print(f"ok: {what}: {len(looped(LENGTH, groove))} onsets, each at its sample")
+
+    presets = (scratch / "jalv.log").read_text().count(f"{URI}:preset:")
+    require("21 presets in jalv's list", presets == 21, presets)
 
 
 def roll_in_qtractor(scratch, _, tool):
@@ -271,7 +284,7 @@ def roll_in_qtractor(scratch, _, tool):
     session, recorded = scratch / "groove.qtr", scratch / "recorded.wav"
 
     with jack(scratch), open(scratch / "qtractor.log", "w") as log:
-        for what, groove in ("Qtractor's session", GROOVE), ("Qtractor's session, saved and loaded", restored_groove(tool)):
+        for what, groove in ("Qtractor's session", GROOVE), ("Qtractor's session, saved and loaded", groove_of(tool, "--take", "1")):
             with running(["qtractor", str(session)], stdout=log, stderr=log,
                          env={**os.environ, "LD_PRELOAD": str(stub), "QT_QPA_PLATFORM": "offscreen"}) as qtractor:
                 wait_for("Qtractor's ports", lambda: "Qtractor:Master/out_1" in ports())

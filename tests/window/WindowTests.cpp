@@ -78,6 +78,39 @@ TEST_F (Window, ClicksDoWhatTheButtonsSay)
     EXPECT_FALSE (editor->isParentOf (juce::Component::getCurrentlyFocusedComponent())) << "the keyboard is the host's";
 }
 
+TEST_F (Window, ItsMenuKeepsTakesAndSendsThem)
+{
+    const auto plays = [this] (const DrumPattern& pattern) { return comesTrue ([&] { return processor.getPattern() == pattern; }); };
+    click ("Generate groove");
+    const auto first = processor.getPattern();
+
+    // By keyboard: the code onto the clipboard, and back after another groove.
+    run ("xdotool mousemove 1100 140 click 1");
+    press ("shift+F10");
+    press ("Down Down Return");
+    EXPECT_TRUE (comesTrue ([] { return juce::SystemClipboard::getTextFromClipboard().startsWith ("PW1-"); }));
+    click ("Generate groove");
+    const auto second = processor.getPattern();
+    press ("shift+F10");
+    press ("Down Down Down Return");
+    EXPECT_TRUE (plays (first));
+
+    // By mouse on the grid: the list, the second entry, "Play it".
+    const auto grid = find ("Pattern").getScreenBounds().getCentre();
+    run ("xdotool mousemove " + juce::String (grid.x) + " " + juce::String (grid.y) + " click 3");
+    press ("Down Right Down Right Return");
+    EXPECT_TRUE (plays (second));
+
+    // What is no code is said, and changes nothing.
+    juce::SystemClipboard::copyTextToClipboard ("PW1-QUITE-WRONG");
+    press ("shift+F10");
+    press ("Down Down Down Return");
+    EXPECT_TRUE (comesTrue ([] { return dynamic_cast<juce::AlertWindow*> (juce::Component::getCurrentlyModalComponent()) != nullptr; }));
+    press ("Return");
+    EXPECT_TRUE (comesTrue ([] { return juce::Component::getCurrentlyModalComponent() == nullptr; }));
+    EXPECT_TRUE (plays (second));
+}
+
 TEST_F (Window, KnobsTurnAndTakeNumbers)
 {
     const HostLog log (processor);

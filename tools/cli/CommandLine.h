@@ -40,8 +40,13 @@ public:
         return static_cast<Value> (numberOf (option));
     }
 
-    /** What a range or a map of notes stands for; the option has to be given. */
-    std::pair<std::uint32_t, std::uint32_t> range (const std::string& option) const { return rangeOf (rowOf (option), text (option)); }
+    /** What a range stands for; its default where none is given. */
+    std::pair<std::uint32_t, std::uint32_t> range (const std::string& option) const
+    {
+        return rangeOf (rowOf (option), has (option) ? text (option) : rowOf (option).byDefault);
+    }
+
+    /** What a map of notes stands for; the option has to be given. */
     std::array<std::uint8_t, 128> noteMap (const std::string& option) const { return noteMapOf (rowOf (option), text (option)); }
 
     /** The indices of several names. */

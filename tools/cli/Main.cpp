@@ -4,6 +4,7 @@
 // pulsewright-cli: the same music without a host.
 
 #include "CommandLine.h"
+#include "FindCommand.h"
 #include "Output.h"
 #include "OutputFile.h"
 #include "Presets.h"
@@ -156,17 +157,21 @@ namespace
                               .take   = line.get ("--take") });
     }
 
-    void perform (const CommandLine& line)
+    /** @returns the exit status */
+    int perform (const CommandLine& line)
     {
         switch (line.command())
         {
-            case tool: return print (line.answer());
-            case pattern: return give (line, makePattern (line));
-            case song: return give (line, makeSong (line));
-            case window: return makePicture (line);
-            case show: return print (codeInFile (line) + "\n");
-            case preset: return writePresets (line);
+            case tool: print (line.answer()); break;
+            case pattern: give (line, makePattern (line)); break;
+            case song: give (line, makeSong (line)); break;
+            case window: makePicture (line); break;
+            case find: return findGrooves (line, isColourWanted());
+            case show: print (codeInFile (line) + "\n"); break;
+            case preset: writePresets (line); break;
         }
+
+        return 0;
     }
 
     //==============================================================================
@@ -183,8 +188,7 @@ namespace
         try
         {
             prepareProcessForWriting();
-            perform (CommandLine (argc, argv));
-            return 0;
+            return perform (CommandLine (argc, argv));
         }
         catch (const BadArgument& error)
         {

@@ -6,6 +6,7 @@
 #include "generation/GenerationSettings.h"
 #include "generation/SongBuilder.h"
 #include "processor/kit/DrumSound.h"
+#include "search/GrooveTarget.h"
 
 #include <algorithm>
 #include <array>
@@ -46,12 +47,13 @@ namespace
     }
 
     // clang-format off
-    constexpr std::array<CommandRow, 6> rows
+    constexpr std::array<CommandRow, 7> rows
     {{
         { tool,    "",        "Generates drum grooves and whole songs from a seed: the same music as the plug-in, without a host." },
         { pattern, "pattern", "Generates one groove or fill." },
         { song,    "song",    "Builds a whole song." },
         { window,  "window",  "Renders the plug-in's window, without a display." },
+        { find,    "find",    "Looks through takes for the grooves nearest to an example or a shape." },
         { show,    "show",    "Prints the code of the take in a preset or a saved state." },
         { preset,  "preset",  "Writes a take as a preset that hosts load." }
     }};
@@ -63,7 +65,10 @@ namespace
     constexpr Whole pixels      { 1, 4000 };
     constexpr unsigned music    = pattern | song;
     constexpr unsigned anyOne   = music | window;
-    constexpr unsigned all      = anyOne | show | preset;
+    constexpr unsigned all      = anyOne | find | show | preset;
+    constexpr Whole places      { 1, 1000 };
+    constexpr Whole threads     { 1, 1024 };
+    constexpr Signs shapes      { GrooveTarget::shapeSigns, 16 };
 
     /** The genre's average is called by its first word. */
     std::vector<std::string_view> durationNames()
@@ -86,9 +91,16 @@ namespace
             { show,    "FILE",       "",               "The file to read",                      "",               InputFile(), {}, {}, true },
             { preset,  "CODE",      "",              "The take's code",                       "",               Code(), {}, {}, true },
             { music,   "--code",      "CODE",           "The take to start from; what else is given replaces its own", "none", Code() },
+            { find,    "--like",      "FILE",           "What to come near: a MIDI file, or a pattern's JSON", "none", InputFile() },
+            { find,    "--kick",      "SHAPE",          "Shape of the kick, a sign for each sixteenth: x for a stroke, . for none, - for either, o for a soft one, # for an accent", "any", shapes },
+            { find,    "--snare",     "SHAPE",          "Shape of the snare",                    "any",            shapes },
+            { find,    "--hats",      "SHAPE",          "Shape of the hats",                     "any",            shapes },
+            { find,    "--perc",      "SHAPE",          "Shape of the percussion",               "any",            shapes },
             { anyOne,  "--genre",     "NAME|N",         "Style",                                 "Boom Bap",       genres },
-            { pattern, "--section",   "NAME|N",         "What it is for",                        "Verse",          sections },
+            { find,    "--genre",     "NAME|N|all",     "Style",                                 "Boom Bap",       NameNumberOrAll { genres } },
+            { pattern | find, "--section",   "NAME|N",         "What it is for",                        "Verse",          sections },
             { pattern, "--bars",      "N",              "Length in bars",                        "2",              patternBars },
+            { find,    "--bars",      "N",              "Length in bars",                        "2; the example's, up to 8", patternBars },
             { song,    "--structure", "NAME|N",         "Its form",                              "Classic",        structures },
             { song,    "--duration",  "TIME",           "Length, or the genre's average",        "genre",          durations, {}, "--bars" },
             { song,    "--bars",      "N",              "Length in bars",                        "the duration's", songBars },
@@ -98,6 +110,10 @@ namespace
             { pattern, "--mutate",    "N",              "Mutate it once with this seed",         "none",           any32Bits },
             { pattern, "--lock",      "LANE[,LANE...]", "Lanes that the mutation keeps",         "none",           lanes, "--mutate" },
             { music,   "--tempo",     "BPM",            "Beats per minute",                      "the genre's",    tempos },
+            { find,    "--takes",     "FIRST-LAST",     "The takes to look through",             "1-1000000",      Range() },
+            { find,    "--vary",      "",               "Try a grid of density, syncopation and variation as well", "not", Switch() },
+            { find,    "--top",       "N",              "How many to show",                      "10",             places },
+            { find,    "--jobs",      "N",              "Threads",                               "all cores",      threads },
             { music,   "--only",      "LANE[,LANE...]", "Lanes that are played and written",     "all",            lanes }
         };
     }
@@ -109,7 +125,8 @@ namespace
 
         return
         {
-            { music,  "--json",   "FILE|-", "Write the notes as JSON; - is the standard output",               "none",     File() },
+            { music | find, "--json", "FILE|-", "Write the notes as JSON; - is the standard output",           "none",     File() },
+            { find,   "--save",   "DIR",    "Write each groove as a MIDI file into this folder",               "none",     Folder() },
             { music,  "--midi",   "FILE|-", "Write a Standard MIDI File",                                      "none",     File() },
             { music,  "--map",    "NOTES",  "Other notes for those in the MIDI file: 36=35,38=40",             "none",     NoteMap(), "--midi" },
             { song,   "--markers", "",      "Write the sections' names into the MIDI file",                    "not",      Switch(), "--midi" },
@@ -136,7 +153,7 @@ namespace
         std::vector<Option> options;
 
         for (std::size_t i = 0; i < allSettings.size(); ++i)
-            options.push_back ({ music, settingOption (i), "X", allSettings[i].help, digitsOf (defaults[i]), Decimal { 0.0, 1.0 } });
+            options.push_back ({ music | find, settingOption (i), "X", allSettings[i].help, digitsOf (defaults[i]), Decimal { 0.0, 1.0 } });
 
         return options;
     }
@@ -166,6 +183,8 @@ namespace
     template <typename Kind>
     concept NotRead = std::is_empty_v<Kind>;
 
+    constexpr std::string_view allOfThem = "all";
+
     /** Reads one value; nothing where it cannot be read. */
     struct Reader
     {
@@ -191,6 +210,17 @@ namespace
             return number ? number : (*this) (static_cast<const Name&> (one));
         }
 
+        std::optional<double> operator() (const NameNumberOrAll& one) const
+        {
+            return equalsIgnoringCase (text, allOfThem) ? static_cast<double> (one.names.size()) : (*this) (static_cast<const NameOrNumber&> (one));
+        }
+
+        std::optional<double> operator() (const Signs& kind) const
+        {
+            const bool areAllSigns = text.find_first_not_of (kind.signs) == text.npos;
+            return areAllSigns && ! text.empty() && text.size() % kind.group == 0 ? std::optional (0.0) : std::nullopt;
+        }
+
         std::optional<double> operator() (const NotRead auto&) const { return 0.0; }
 
     private:
@@ -211,6 +241,19 @@ namespace
         std::string operator() (const NameOrNumber& one) const
         {
             return listed (one.names) + ", or their numbers from 0 to " + digitsOf (one.names.size() - 1);
+        }
+
+        std::string operator() (const NameNumberOrAll& one) const
+        {
+            return (*this) (static_cast<const NameOrNumber&> (one)) + ", or " + std::string (allOfThem);
+        }
+
+        std::string operator() (const Signs& kind) const
+        {
+            std::string signs;
+            for (const char sign : kind.signs)
+                signs.append (1, sign).append (" ");
+            return signs + "in whole bars of " + digitsOf (kind.group);
         }
     };
 } // namespace
@@ -267,6 +310,7 @@ double valueOf (const Option& option, std::string_view text)
 
     const auto* kind = std::holds_alternative<Whole> (option.values)   ? "\" is not a whole number from "
                      : std::holds_alternative<Decimal> (option.values) ? "\" is not a number from "
+                     : std::holds_alternative<Signs> (option.values)   ? "\" is not made of the signs "
                                                                        : "\" is none of ";
     throw BadArgument (option.name + ": \"" + std::string (text) + kind + described (option.values));
 }

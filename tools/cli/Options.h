@@ -32,6 +32,7 @@ enum Command : unsigned
     pattern = 2,
     song    = 4,
     window  = 8,
+    find    = 16,
     show    = 32,
     preset  = 128
 };
@@ -56,6 +57,10 @@ struct Name
 
 /** The same, or its number from 0. */
 struct NameOrNumber : Name
+{};
+
+/** The same, or "all", which counts as one past the last. */
+struct NameNumberOrAll : NameOrNumber
 {};
 
 /** Any of these, with commas between them. */
@@ -98,6 +103,13 @@ struct Text
 struct Range
 {};
 
+/** A row of these signs, in whole groups. */
+struct Signs
+{
+    std::string_view signs;
+    std::size_t group;
+};
+
 /** Given or not. */
 struct Switch
 {};
@@ -106,7 +118,8 @@ struct Switch
 struct NoValue
 {};
 
-using Values = std::variant<NoValue, Switch, File, InputFile, Folder, Code, NoteMap, Text, Range, Name, NameOrNumber, Names, Whole, Decimal>;
+using Values = std::
+    variant<NoValue, Switch, File, InputFile, Folder, Code, NoteMap, Text, Range, Name, NameOrNumber, NameNumberOrAll, Names, Whole, Decimal, Signs>;
 
 struct Option
 {

@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -34,6 +35,21 @@ std::string onOneLine (std::string_view message);
 /** Doubles are printed so that they read back to the same bits. */
 std::string jsonText (const Made<DrumPattern>& pattern);
 std::string jsonText (const Made<SongArrangement>& song);
+
+/** One of the grooves that a search has found. */
+struct FoundGroove
+{
+    double distance; ///< in hits
+    Made<DrumPattern> groove;
+};
+
+/** @param searched  how many grooves were looked at */
+std::string jsonText (std::uint64_t searched, std::span<const FoundGroove> nearest);
+
+/** A line for each, with the command that repeats it: sorted by their characters, lines of several searches are in the
+    order of one. Then the nearest as a grid.
+*/
+std::string listText (std::span<const FoundGroove> nearest, bool inColour);
 
 /** Plays the song once with the plug-in's own playback and kit, and writes it: 48 kHz, stereo, as long as the music
     and exactly one second more. Shows progress on a terminal.

@@ -148,7 +148,7 @@ void writePresets (const CommandLine& line)
         throw BadArgument ("CODE: no preset can hold this take: " + why);
 
     const auto style = std::string (nameOf (take.settings.genre)) + " " + std::to_string (take.counter);
-    const NamedState preset { line.has ("--name") ? line.text ("--name") : style, stateOf (take) };
+    const NamedState preset { line.has ("--name") ? line.text ("--name") : style, codeOf (take).value(), stateOf (take) };
 
     if (line.has ("--vstpreset"))
         writeOutput (line.text ("--vstpreset"), vstPresetOf (preset.state, preset.name));

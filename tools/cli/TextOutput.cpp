@@ -3,6 +3,8 @@
 
 #include "Output.h"
 
+#include "Options.h"
+
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
@@ -138,6 +140,44 @@ namespace
     {
         return "\n" + code.value_or ("This has no code: it was mutated, or has a seed of its own.") + "\n";
     }
+
+    //==============================================================================
+    /** A setting's thousandths, as they are typed. */
+    std::string typed (float setting)
+    {
+        auto text = printed ("%.3f", static_cast<double> (setting));
+        text.erase (text.find_last_not_of ('0') + 1);
+        return text.append (text.ends_with ('.') ? "0" : "");
+    }
+
+    std::string inQuotes (std::string_view name)
+    {
+        const char* quote = name.find (' ') == name.npos ? "" : "\"";
+        return std::string (quote).append (name).append (quote);
+    }
+
+    /** The command that makes a groove again. */
+    std::string commandOf (const Take& take)
+    {
+        std::string text = "pulsewright-cli pattern";
+        const auto add   = [&text] (const std::string& option, const std::string& value)
+        { text.append (" ").append (option).append (" ").append (value); };
+
+        add ("--genre", inQuotes (nameOf (take.settings.genre)));
+        add ("--take", std::to_string (take.counter));
+
+        if (take.section != Take().section)
+            add ("--section", inQuotes (nameOf (take.section)));
+
+        if (take.bars != Take().bars)
+            add ("--bars", std::to_string (take.bars));
+
+        for (std::size_t i = 0; i < allSettings.size(); ++i)
+            if (const auto field = allSettings[i].field; take.settings.*field != snapPercent (GenerationSettings().*field))
+                add (settingOption (i), typed (take.settings.*field));
+
+        return text;
+    }
 } // namespace
 
 std::string textForPeople (const Made<DrumPattern>& made, bool inColour)
@@ -239,6 +279,45 @@ std::string jsonText (const Made<SongArrangement>& made)
     Json json { { "name", song.name }, { "totalBars", song.totalBars }, { "seed", song.seed }, { "sections", std::move (sections) } };
     addTake (json, made.take, made.code);
     return json.dump() + "\n";
+}
+
+std::string jsonText (std::uint64_t searched, std::span<const FoundGroove> nearest)
+{
+    auto takes = Json::array();
+
+    for (const auto& [distance, groove] : nearest)
+    {
+        Json json;
+
+        if (groove.code)
+            json["code"] = *groove.code;
+
+        json["genre"]    = nameOf (groove.take.settings.genre);
+        json["take"]     = groove.take.counter;
+        json["distance"] = distance;
+        json["command"]  = commandOf (groove.take);
+        json["pattern"]  = toJson (groove.material);
+        takes.push_back (std::move (json));
+    }
+
+    const Json json { { "searched", searched }, { "takes", std::move (takes) } };
+    return json.dump() + "\n";
+}
+
+std::string listText (std::span<const FoundGroove> nearest, bool inColour)
+{
+    auto text = styled (dimText, printed ("%12s %5s %10s %10s  %s", "distance", "style", "take", "seed", "command"), inColour) + "\n";
+
+    for (const auto& [distance, groove] : nearest)
+        text.append (printed ("%12.6f %5u %10u %10u  ",
+                              distance,
+                              static_cast<unsigned> (groove.take.settings.genre),
+                              groove.take.counter,
+                              groove.material.seed))
+            .append (commandOf (groove.take))
+            .append ("\n");
+
+    return nearest.empty() ? text : text + "\n" + textForPeople (nearest.front().groove, inColour);
 }
 
 } // namespace pulsewright::cli

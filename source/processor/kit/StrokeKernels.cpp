@@ -7,94 +7,28 @@
 #include "StrokeKernelsFor.h"
 #endif
 
-#include <array>
+#include "vectors/VectorKinds.h"
 
-#if PULSEWRIGHT_X86_KERNELS && defined(_MSC_VER) && ! defined(__clang__)
-#include <immintrin.h>
-#include <intrin.h>
-#endif
+#include <array>
 
 namespace pulsewright
 {
 
 #if PULSEWRIGHT_X86_KERNELS
-
 extern const StrokeKernels strokeKernelsSse2, strokeKernelsAvx2, strokeKernelsAvx512;
-
-namespace
-{
-    // The processor itself is asked, and whether the system saves its wide registers: a virtual machine, a sandbox
-    // or an instrumenting tool may have fewer instructions than the machine that it runs on.
-
-#if defined(__GNUC__)
-
-    bool hasAvx2() noexcept
-    {
-        return __builtin_cpu_supports ("avx2") && __builtin_cpu_supports ("fma");
-    }
-
-    bool hasAvx512() noexcept
-    {
-        return __builtin_cpu_supports ("avx512f") && __builtin_cpu_supports ("avx512bw") && __builtin_cpu_supports ("avx512cd")
-            && __builtin_cpu_supports ("avx512dq");
-    }
-
-#else
-
-    bool hasBits (unsigned value, unsigned bits) noexcept
-    {
-        return (value & bits) == bits;
-    }
-
-    /** One register of CPUID's answer. */
-    unsigned cpuid (int leaf, int index) noexcept
-    {
-        int registers[4] {};
-        __cpuidex (registers, leaf, 0);
-        return static_cast<unsigned> (registers[index]);
-    }
-
-    bool savesRegisters (unsigned components) noexcept
-    {
-        constexpr unsigned osxsave = 1u << 27;
-        return hasBits (cpuid (1, 2), osxsave) && hasBits (static_cast<unsigned> (_xgetbv (0)), components);
-    }
-
-    bool hasAvx2() noexcept
-    {
-        constexpr unsigned fma = 1u << 12, avx2 = 1u << 5, wideHalves = 0x06u;
-        return hasBits (cpuid (1, 2), fma) && hasBits (cpuid (7, 1), avx2) && savesRegisters (wideHalves);
-    }
-
-    bool hasAvx512() noexcept
-    {
-        constexpr unsigned f = 1u << 16, dq = 1u << 17, cd = 1u << 28, bw = 1u << 30, widest = 0xE6u;
-        return hasBits (cpuid (7, 1), f | dq | cd | bw) && savesRegisters (widest);
-    }
-
 #endif
-} // namespace
 
 std::span<const StrokeKernels* const> StrokeKernels::all() noexcept
 {
+#if PULSEWRIGHT_X86_KERNELS
     static constexpr std::array<const StrokeKernels*, 3> widestFirst { &strokeKernelsAvx512, &strokeKernelsAvx2, &strokeKernelsSse2 };
-
-    static const bool avx2   = hasAvx2();
-    static const bool avx512 = avx2 && hasAvx512();
-
-    return std::span (widestFirst).subspan (avx512 ? 0 : avx2 ? 1 : 2);
-}
-
 #else
-
-std::span<const StrokeKernels* const> StrokeKernels::all() noexcept
-{
     static constexpr auto ofThisProcessor = StrokeKernelsFor<xsimd::default_arch>::kernels ("default");
-    static constexpr std::array<const StrokeKernels*, 1> one { &ofThisProcessor };
-    return one;
-}
-
+    static constexpr std::array<const StrokeKernels*, 1> widestFirst { &ofThisProcessor };
 #endif
+
+    return thatRunHere (std::span<const StrokeKernels* const> (widestFirst));
+}
 
 const StrokeKernels& StrokeKernels::best() noexcept
 {

@@ -1,0 +1,26 @@
+// SPDX-FileCopyrightText: 2026 Tolm
+// SPDX-License-Identifier: AGPL-3.0-only
+
+// Ctrl-C as a request to stop and to give what there is.
+
+#pragma once
+
+#include <atomic>
+
+namespace pulsewright::cli
+{
+
+/** While it lives, the first Ctrl-C sets a flag; the second one ends the program as always. One at a time. */
+class Interruption
+{
+public:
+    Interruption() noexcept;
+    ~Interruption();
+
+    Interruption (const Interruption&)            = delete;
+    Interruption& operator= (const Interruption&) = delete;
+
+    static const std::atomic<bool>& flag() noexcept;
+};
+
+} // namespace pulsewright::cli
