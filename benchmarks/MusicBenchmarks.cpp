@@ -9,7 +9,9 @@
 #include "export/MidiFileWriter.h"
 #include "generation/GrooveGenerator.h"
 #include "generation/SongBuilder.h"
+#include "search/TakeSearch.h"
 
+#include <atomic>
 #include <numeric>
 #include <random>
 #include <string>
@@ -63,8 +65,64 @@ namespace
         state.SetLabel (std::to_string (hits) + " hits");
     }
 
+    //==============================================================================
+    // Takes of every style, two bars each, at the opening settings. The time is that of one groove.
+    constexpr std::uint32_t takesOfASearch = 1 << 18;
+
+    void generateTakes (benchmark::State& state)
+    {
+        std::uint32_t take = 0;
+
+        for (auto _ : state)
+            for (std::uint32_t genre = 0; genre < genreCount; ++genre)
+                benchmark::DoNotOptimize (
+                    GrooveGenerator::generate ({ .genre = static_cast<Genre> (genre), .seed = saltOf (++take) }, SectionType::verse, 2, 0)
+                        .hits.size());
+
+        state.counters["per"] = genreCount;
+    }
+
+    /** Each style's search is for a groove of its own that is not among the takes. */
+    void searchTakes (benchmark::State& state, const TakeKernels& kernels, std::size_t jobs)
+    {
+        constexpr std::atomic<bool> neverStop { false };
+
+        for (auto _ : state)
+            for (std::uint32_t genre = 0; genre < genreCount; ++genre)
+            {
+                GenerationSettings settings { .genre = static_cast<Genre> (genre), .seed = saltOf (0) };
+                GrooveTarget target (2);
+                target.setExample (GrooveGenerator::generate (settings, SectionType::verse, 2, 0).hits, 2);
+                const TakeQuery query { .settings = { settings }, .firstTake = 1, .lastTake = takesOfASearch, .jobs = jobs };
+                benchmark::DoNotOptimize (findTakes (
+                                              query,
+                                              target,
+                                              neverStop,
+                                              [] (double) {},
+                                              kernels)
+                                              .takes.size());
+            }
+
+        state.counters["per"] = static_cast<double> (genreCount) * takesOfASearch;
+    }
+
+    void registerSearch()
+    {
+        benchmark::RegisterBenchmark ("a take of 2 bars/generated", generateTakes);
+
+        for (const auto* kernels : TakeKernels::all())
+            benchmark::RegisterBenchmark ((std::string ("a take of 2 bars/searched, ") + kernels->name).c_str(),
+                                          searchTakes,
+                                          *kernels,
+                                          std::size_t { 1 });
+
+        benchmark::RegisterBenchmark ("a take of 2 bars/by two threads", searchTakes, *TakeKernels::all().front(), std::size_t { 2 });
+    }
+
     const bool registered = []
     {
+        registerSearch();
+
         for (const int bars : { 2, 192 })
         {
             const auto row  = "pattern of " + std::to_string (bars) + " bars";

@@ -59,6 +59,7 @@ namespace
         bool isRolling = true;
     };
 
+    constexpr int studio           = 0; // its index in kitNames
     constexpr double beatsPerBlock = blockSize / sampleRate * tempo / 60.0;
 
     void playEmptyBlock (benchmark::State& state, int bars)
@@ -149,8 +150,58 @@ namespace
         state.SetLabel (label);
     }
 
+    /** So many events at one sample, every second one a trigger note. */
+    juce::MidiBuffer denseMidi (int numEvents)
+    {
+        juce::MidiBuffer midi;
+        midi.addEvent (juce::MidiMessage::noteOn (1, BlockPlayer::firstTriggerNote, juce::uint8 { 100 }), 0);
+        midi.addEvent (juce::MidiMessage::controllerEvent (1, 1, 64), 0);
+
+        for (int events = 2; events < numEvents; events *= 2)
+            midi.data.addArray (juce::Array<juce::uint8> (midi.data));
+
+        return midi;
+    }
+
+    void copyMidi (benchmark::State& state, int numEvents)
+    {
+        const auto incoming = denseMidi (numEvents);
+        juce::MidiBuffer midi;
+
+        for (auto _ : state)
+        {
+            midi = incoming;
+            benchmark::DoNotOptimize (midi.data.begin());
+        }
+
+        state.counters["per"] = numEvents;
+    }
+
+    void passMidi (benchmark::State& state, int numEvents)
+    {
+        const auto incoming = denseMidi (numEvents);
+        Host host (midiOnly);
+        host.isRolling = false;
+
+        for (auto _ : state)
+        {
+            host.midi = incoming;
+            host.processor.processBlock (host.buffer, host.midi);
+        }
+
+        state.counters["per"] = numEvents;
+        state.SetLabel (std::to_string (host.midi.getNumEvents()) + " pass");
+    }
+
     const bool registered = []
     {
+        for (const int events : { 1024, 131072 })
+        {
+            const auto row = "MIDI in a block, an event of " + std::to_string (events);
+            benchmark::RegisterBenchmark ((row + "/copied").c_str(), copyMidi, events);
+            benchmark::RegisterBenchmark ((row + "/processor").c_str(), passMidi, events);
+        }
+
         benchmark::RegisterBenchmark ("block of 32 without events/song of 16 bars", playEmptyBlock, 16);
         benchmark::RegisterBenchmark ("block of 32 without events/song of 384 bars", playEmptyBlock, 384);
         benchmark::RegisterBenchmark ("block of 32 without events/transport stands", waitForTheTransport);

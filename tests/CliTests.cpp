@@ -49,8 +49,8 @@ TEST (Cli, BadLinesEndWithTheChoices)
 {
     // clang-format off
     const std::vector<std::pair<std::string, std::string>> badLines {
-        { "",                                   "No command is given; the commands are pattern, song, window," },
-        { "tune --bars 2",                      "\"tune\" is no command; the commands are pattern, song, window," },
+        { "",                                   "No command is given; the commands are pattern, song, window, find," },
+        { "tune --bars 2",                      "\"tune\" is no command; the commands are pattern, song, window, find," },
         { "one pattern two --three four",       "expected: one two --three four (" },
         { "pattern song",                       "expected: song (" },
         { "--completions bash pattern",         "excludes" },
@@ -99,7 +99,18 @@ TEST (Cli, BadLinesEndWithTheChoices)
         { "pattern --midi a --map 36",          "not like 36=35" },
         { "pattern --midi a --map 36=128",      "from 0 to 127" },
         { "song --markers",                     "--markers requires --midi" },
+        { "find",                               "What is to be found?" },
+        { "find --kick x...x...x...x...x",      "whole bars of 16" },
+        { "find --perc ''",                     "whole bars of 16" },
+        { "find --snare x...X...x...x...",      "signs x . - o #" },
+        { "find --hats ................ --takes 5-4", "holds no take" },
+        { "find --hats ................ --genre 7", "from 0 to 6, or all" },
+        { "find --like no.mid",                 "no.mid: could not be read" },
+        { "find --like /dev/zero",              "/dev/zero: is too large, more than 16 MiB" },
+        { "find --like /dev/null",              "neither a MIDI file nor" },
+        { "--version > /dev/null; echo '{\"hits\":[{\"start\":-1,\"velocity\":1,\"lane\":0}]}' | $T find --like /dev/stdin", "\"start\" is out of range" },
         { "show",                               "FILE is required" },
+        { "verify $T $($T pattern | tail -n 1)", "no MIDI file" },
         { "show nothing",                       "nothing: could not be read" },
         { "show /dev/null",                     "no preset" },
         { "preset PW1-X",                       "46 letters" },
@@ -155,6 +166,19 @@ TEST (Cli, CodesBringTakesBack)
                    .output,
                "");
 
+    // A MIDI file is looked for among the takes, and compared with one.
+    EXPECT_EQ (
+        inFolder (folder,
+                  "for line in 'pattern --take 5 --bars 3' 'song --genre dub --take 8' 'song --genre dub --take 9 --bars 33'; do"
+                  " $T $line --midi m.mid; c=$($T $line | tail -n 1);"
+                  " test \"$($T show m.mid --takes 5-9 --genre $(echo $line | grep -o dub || echo 0))\" = $c || echo $line; $T verify m.mid $c | "
+                  "grep -c same;"
+                  " done; $T verify m.mid $($T pattern | tail -n 1) | cut -d: -f1; $T verify m.mid $($T pattern | tail -n 1) > /dev/null; echo $?; "
+                  "$T show m.mid --takes 1-2; echo $?")
+            .output,
+        "1\n1\n1\nAnother\n1\npulsewright-cli: m.mid: no take of these settings plays this; --takes, and the settings as options, widen the "
+        "search\n1\n");
+
     // Lanes, other notes and markers.
     EXPECT_EQ (
         inFolder (folder,
@@ -166,13 +190,50 @@ TEST (Cli, CodesBringTakesBack)
     fs::remove_all (folder);
 }
 
+TEST (Cli, FindsTakesAgain)
+{
+    const auto folder      = scratch();
+    const std::string grep = " | grep -c '^ *0.000000  *3  *99 '";
+
+    const std::vector<std::pair<std::string, std::string>> searches {
+        { "$T pattern --genre house --take 99 --bars 3 --midi a.mid --json a.json; $T find --genre all --like a.mid" + grep, "1" },
+        { "$T find --genre house --like a.json --takes 90-100 --jobs 3" + grep, "1" },
+        { "$T find --genre house --like a.mid --takes 90-98" + grep, "0" },
+        { "$T pattern --genre house --take 99 --density 0.75 --swing 0.9 --json b.json; $T find --vary --genre 3 --swing 0.9 --like b.json --takes "
+          "1-99"
+              + grep,
+          "1" },
+
+        // The command that is printed plays what was found, and so does the code.
+        { "$T find --like a.mid --genre 5 --section fill --energy 0.301 --takes 1-500 --top 2 --json f.json --save d;"
+          "for k in code command; do python3 -c 'import json, sys; t = json.load(open(\"f.json\"))[\"takes\"][1];"
+          "print(\"pulsewright-cli pattern --code \" + t[\"code\"] if sys.argv[1] == \"code\" else t[\"command\"])' $k |"
+          "sed \"s|^pulsewright-cli|$T|\" | sed 's/$/ --midi -/' | sh | cmp - d/002* && echo $k; done",
+          "code\ncommand" },
+
+        // Two halves are the whole.
+        { "export LC_ALL=C; for r in 1-400 401-900; do $T find --kick x.....x...x..... --takes $r | grep pulse; done | sort | head -n 10 > merged;"
+          "$T find --kick x.....x...x..... --takes 1-900 | grep pulse | cmp - merged && wc -l < merged",
+          "10" },
+
+        { "timeout --preserve-status -s INT -k 9 1 $T find --like a.mid --takes 0-4294967295 --top 1 > found 2> told; echo $?;"
+          "wc -l < told; grep -c pulse found",
+          "130\n1\n1" }
+    };
+
+    for (const auto& [line, answer] : searches)
+        EXPECT_EQ (inFolder (folder, line).output, answer + "\n") << line;
+
+    fs::remove_all (folder);
+}
+
 TEST (Cli, ManualPageAndCompletionsHaveEveryOption)
 {
     const auto folder = scratch();
 
     // What is missing is printed; roff has a backslash before every minus, and fish an l in place of two.
     EXPECT_EQ (inFolder (folder,
-                         "for c in '' pattern song window show preset; do $T $c --help; done | grep -oE -e '--[a-z][a-z-]*' | sort -u > options;"
+                         "for c in '' pattern song window find show verify preset; do $T $c --help; done | grep -oE -e '--[a-z][a-z-]*' | sort -u > options;"
                          "test $(wc -l < options) -gt 25 || cat options; cp "
                              + quoted (PULSEWRIGHT_MANUAL_PAGE)
                              + " manual;"
@@ -213,7 +274,9 @@ TEST (Cli, PrintsWithinEightyColumns)
                               "pattern --help",
                               "song --help",
                               "window --help",
+                              "find --help",
                               "show --help",
+                              "verify --help",
                               "preset --help" })
     {
         const auto outcome = cli (line);

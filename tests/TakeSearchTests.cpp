@@ -119,7 +119,7 @@ namespace
 
     GrooveExample read (const std::string& file)
     {
-        return readMidiFile ({ reinterpret_cast<const std::uint8_t*> (file.data()), file.size() });
+        return exampleInMidiFile ({ reinterpret_cast<const std::uint8_t*> (file.data()), file.size() });
     }
 } // namespace
 

@@ -146,13 +146,20 @@ void BlockPlayer::filterIncoming (const juce::MidiBuffer& incoming)
     int trigger = noSection;
     outgoing.clear();
 
+    // What passes is in order already and is copied as it lies. Adding it event by event would look for each one's place.
+    const auto* copied     = incoming.data.begin();
+    const auto copyUpTo    = [&] (const juce::uint8* end) { outgoing.data.addArray (copied, static_cast<int> (end - copied)); };
+    constexpr auto heading = sizeof (juce::int32) + sizeof (juce::uint16); // before each event's bytes: its sample, its size
+
     for (const auto message : incoming)
-    {
         if (const int slot = triggerOf (message); slot >= 0)
+        {
             trigger = slot;
-        else
-            outgoing.addEvent (message.data, message.numBytes, message.samplePosition);
-    }
+            copyUpTo (message.data - heading);
+            copied = message.data + message.numBytes;
+        }
+
+    copyUpTo (incoming.data.end());
 
     if (trigger != noSection)
         pendingSection = trigger;

@@ -9,8 +9,10 @@
 #include <array>
 #include <bit>
 #include <chrono>
+#include <condition_variable>
 #include <limits>
 #include <memory>
+#include <mutex>
 #include <thread>
 #include <tuple>
 
@@ -108,9 +110,13 @@ namespace
         std::vector<Candidate> candidates;
         std::size_t mostDraws = 0;
 
+        // under the mutex
+        std::mutex mutex;
+        std::condition_variable jobEnded;
+        std::size_t jobsLeft = 0;
+
         // any job
         std::atomic<std::uint64_t> nextBlock { 0 }, searchedTakes { 0 };
-        std::atomic<std::size_t> jobsLeft { 0 };
         std::atomic<Distance> limit { std::numeric_limits<Distance>::max() }; // of the job that has come nearest
     };
 
@@ -135,7 +141,9 @@ namespace
             for (std::uint64_t block; ! work.stop && (block = work.nextBlock++) < work.numBlocks();)
                 searchBlock (block * Work::takesOfABlock);
 
+            const std::lock_guard lock (work.mutex);
             --work.jobsLeft;
+            work.jobEnded.notify_one();
         }
 
         Nearest nearest;
@@ -235,13 +243,12 @@ namespace
         GrooveTarget::Scratch scratch;
     };
 
-    void waitFor (const Work& work, const std::function<void (double)>& onShare)
+    void waitFor (Work& work, const std::function<void (double)>& onShare)
     {
-        while (work.jobsLeft > 0)
-        {
-            std::this_thread::sleep_for (std::chrono::milliseconds (20));
+        std::unique_lock lock (work.mutex);
+
+        while (! work.jobEnded.wait_for (lock, std::chrono::milliseconds (50), [&work] { return work.jobsLeft == 0; }))
             onShare (static_cast<double> (work.searchedTakes) / static_cast<double> (work.numTakes()));
-        }
     }
 } // namespace
 

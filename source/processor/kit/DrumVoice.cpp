@@ -15,13 +15,13 @@ void DrumVoice::start (const KitTables& tables, int note, int midiVelocity, int 
     sound            = DrumSound::of (note, kit);
     velocity         = std::clamp (static_cast<float> (midiVelocity) / 127.0f, 0.0f, 1.0f);
     state.noiseState = DrumSound::noiseSeed (note, strokeCount);
-    samplesLeft      = tables.curveOf (sound.decayRate).lifetime;
+    curve            = &tables.curveOf (sound.decayRate);
+    samplesLeft      = curve->lifetime;
 }
 
 void DrumVoice::render (const KitTables& tables, const StrokeKernels& kernels, float* left, float* right, int numSamples) noexcept
 {
-    const auto& curve = tables.curveOf (sound.decayRate);
-    auto remaining    = static_cast<int> (std::min<std::int64_t> (numSamples, samplesLeft));
+    auto remaining = static_cast<int> (std::min<std::int64_t> (numSamples, samplesLeft));
     samplesLeft -= remaining;
 
     while (remaining > 0)
@@ -41,7 +41,7 @@ void DrumVoice::render (const KitTables& tables, const StrokeKernels& kernels, f
         kernels.addStroke ({ .sound            = sound,
                              .velocity         = velocity,
                              .level            = level,
-                             .levelPowers      = curve.powers.data() + placeInCell,
+                             .levelPowers      = curve->powers.data() + placeInCell,
                              .sweep            = sweep,
                              .sweepPowers      = tables.sweepPowers() + placeInCell,
                              .secondsPerSample = tables.secondsPerSample() },

@@ -33,6 +33,7 @@ public:
 
 private:
     DrumSound sound          = {};
+    const DecayCurve* curve  = nullptr; // of the tables that it was started with
     StrokeState state        = {};
     float velocity           = 0.0f; // 0 to 1
     std::int64_t samplesLeft = 0;

@@ -4,6 +4,7 @@
 #include "KitTables.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 
 namespace pulsewright
@@ -39,6 +40,8 @@ namespace
 
 double advanced (double time, double step, std::int64_t count) noexcept
 {
+    constexpr auto exponentBits = std::uint64_t { 0x7FF } << 52, oneUp = std::uint64_t { 1 } << 52;
+
     while (count > 0)
     {
         const double once  = time + step;
@@ -50,10 +53,9 @@ double advanced (double time, double step, std::int64_t count) noexcept
         // round to even, so steps may alternate; two equal steps exclude that.
         if (time > 0.0 && once - time == grown)
         {
-            int exponent = 0;
-            std::frexp (time, &exponent);
-            const double room = (std::ldexp (1.0, exponent) - time) / grown - 2.0; // steps, with some to spare
-            leaps             = std::floor (std::min (room, static_cast<double> (count)));
+            const auto end    = std::bit_cast<double> ((std::bit_cast<std::uint64_t> (time) & exponentBits) + oneUp); // the next power of two
+            const auto wanted = static_cast<double> (count);
+            leaps = time + grown * (wanted + 2.0) < end ? wanted : std::floor (std::min ((end - time) / grown - 2.0, wanted)); // some to spare
         }
 
         if (leaps >= 1.0)

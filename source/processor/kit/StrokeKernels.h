@@ -25,7 +25,7 @@ struct StrokeState
 /** What stays the same within a piece of a stroke's cell. */
 struct StrokePiece
 {
-    DrumSound sound;
+    const DrumSound& sound;
     float velocity;           ///< 0 to 1
     float level;              ///< the envelope at the start of the cell
     const float* levelPowers; ///< the envelope's course from the piece's first sample on

@@ -25,6 +25,11 @@ private:
     using Floats  = xsimd::batch<float, Architecture>;
     using Scratch = float[cellSize + cellPadding];
 
+    struct Places
+    {
+        float of[static_cast<int> (Floats::size)];
+    };
+
     static constexpr double twoPi = 2.0 * std::numbers::pi;
 
     static constexpr int width = static_cast<int> (Floats::size);
@@ -76,14 +81,51 @@ private:
     }
 
     /** The phase is a running sum in double precision, sample by sample; its sine is taken in single. */
-    template <typename Increment>
-    static void fillPhases (double& phase, float* phases, int numSamples, Increment&& increment) noexcept
+    static void fillPhases (double& phase, float* phases, int numSamples, const double* increments) noexcept
     {
         double sum = phase;
 
         for (int k = 0; k < numSamples; ++k)
         {
-            sum += increment (k);
+            sum += increments[k];
+            phases[k] = static_cast<float> (sum);
+        }
+
+        phase = sum;
+        clear (phases + numSamples);
+    }
+
+    /** The power of two above a positive number. */
+    static double nextPower (double value) noexcept
+    {
+        const auto exponent = __builtin_bit_cast (std::uint64_t, value) & 0x7FF0000000000000u;
+        return __builtin_bit_cast (double, exponent + 0x0010000000000000u);
+    }
+
+    /** The same sum, bit for bit, of a step that stays. Between two powers of two all doubles are equally far apart, and it
+        grows by a constant, as in advanced(): there every sum is a product away.
+    */
+    static void fillSteadyPhases (double& phase, float* phases, int numSamples, double step) noexcept
+    {
+        double sum = phase;
+        int k      = 0;
+
+        for (; k < numSamples; ++k)
+        {
+            const double once  = sum + step;
+            const double grown = once - sum;
+            const int left     = numSamples - k;
+
+            if (sum > 0.0 && (once + step) - once == grown && sum + grown * (left + 1) < nextPower (sum))
+            {
+                for (int i = 0; i < paddedTo (left, cellPadding); ++i)
+                    phases[k + i] = static_cast<float> (sum + grown * static_cast<double> (i + 1));
+
+                phase = sum + grown * left;
+                return;
+            }
+
+            sum       = once;
             phases[k] = static_cast<float> (sum);
         }
 
@@ -122,74 +164,103 @@ private:
     static Floats levelAt (const StrokePiece& piece, int k) noexcept { return Floats (piece.level) * load (piece.levelPowers + k); }
 
     //==============================================================================
-    static void fillSweptSine (const StrokePiece& piece, StrokeState& state, float* signal, int numSamples) noexcept
+    /** Adds what a stroke sounds like to both sides. @param soundAt  gives the samples from one on, before velocity and gain */
+    template <typename SoundAt>
+    static void addSamples (const StrokePiece& piece, float* left, float* right, int numSamples, SoundAt&& soundAt) noexcept
+    {
+        static constexpr auto places = []
+        {
+            Places p {};
+            for (int i = 0; i < width; ++i)
+                p.of[i] = static_cast<float> (i);
+            return p;
+        }();
+
+        const Floats velocity (piece.velocity), gain (DrumSound::gain), leftGain (1.0f - piece.sound.pan), rightGain (1.0f + piece.sound.pan);
+
+        const auto add = [&] (int k, const Floats& sound)
+        {
+            const auto out = sound * velocity * gain;
+            (load (left + k) + out * leftGain).store_unaligned (left + k);
+            (load (right + k) + out * rightGain).store_unaligned (right + k);
+        };
+
+        int k = 0;
+
+        for (; k + width <= numSamples; k += width)
+            add (k, soundAt (k));
+
+        if (k < numSamples) // past the end nothing is added
+            add (k, xsimd::select (load (places.of) < Floats (static_cast<float> (numSamples - k)), soundAt (k), Floats (0.0f)));
+    }
+
+    static void addSweptSine (const StrokePiece& piece, StrokeState& state, float* left, float* right, int numSamples) noexcept
     {
         alignas (64) double increments[cellSize + cellPadding];
+        alignas (64) Scratch phases;
         const auto& sound = piece.sound;
 
         for (int k = 0; k < paddedTo (numSamples, cellPadding); ++k)
             increments[k] = twoPi * (sound.frequency + sound.sweepDepth * (piece.sweep * piece.sweepPowers[k])) * piece.secondsPerSample;
 
-        fillPhases (state.phase, signal, numSamples, [&] (int k) { return increments[k]; });
+        fillPhases (state.phase, phases, numSamples, increments);
 
-        for (int k = 0; k < paddedTo (numSamples, width); k += width)
-        {
-            auto value = sine (load (signal + k)) * levelAt (piece, k);
+        const auto plain = [&] (int k) { return sine (load (phases + k)) * levelAt (piece, k); };
 
-            if (sound.saturates)
-                value = xsimd::tanh (Floats (DrumSound::saturationDrive) * value) * Floats (DrumSound::saturationGain);
-
-            value.store_unaligned (signal + k);
-        }
+        if (sound.saturates)
+            addSamples (piece,
+                        left,
+                        right,
+                        numSamples,
+                        [&] (int k) { return xsimd::tanh (Floats (DrumSound::saturationDrive) * plain (k)) * Floats (DrumSound::saturationGain); });
+        else
+            addSamples (piece, left, right, numSamples, plain);
     }
 
-    static void fillNoiseAndSine (const StrokePiece& piece, StrokeState& state, float* signal, int numSamples) noexcept
+    static void addNoiseAndSine (const StrokePiece& piece, StrokeState& state, float* left, float* right, int numSamples) noexcept
     {
         alignas (64) Scratch noise;
-        const auto& sound      = piece.sound;
-        const double increment = twoPi * sound.frequency * piece.secondsPerSample;
+        alignas (64) Scratch phases;
+        const auto& sound = piece.sound;
+        fillSteadyPhases (state.phase, phases, numSamples, twoPi * sound.frequency * piece.secondsPerSample);
         fillNoise (state.noiseState, noise, numSamples);
-        fillPhases (state.phase, signal, numSamples, [=] (int) { return increment; });
 
-        for (int k = 0; k < paddedTo (numSamples, width); k += width)
-        {
-            const auto mixed = Floats (sound.noiseGain) * load (noise + k) + sine (load (signal + k)) * Floats (sound.sineGain);
-            (mixed * levelAt (piece, k)).store_unaligned (signal + k);
-        }
+        addSamples (piece,
+                    left,
+                    right,
+                    numSamples,
+                    [&] (int k)
+                    {
+                        const auto mixed = Floats (sound.noiseGain) * load (noise + k) + sine (load (phases + k)) * Floats (sound.sineGain);
+                        return mixed * levelAt (piece, k);
+                    });
     }
 
-    static void fillBrightNoise (const StrokePiece& piece, StrokeState& state, float* signal, int numSamples) noexcept
+    static void addBrightNoise (const StrokePiece& piece, StrokeState& state, float* left, float* right, int numSamples) noexcept
     {
         alignas (64) float noise[1 + cellSize + cellPadding];
         noise[0] = state.previousNoise;
         fillNoise (state.noiseState, noise + 1, numSamples);
         state.previousNoise = noise[numSamples];
 
-        for (int k = 0; k < paddedTo (numSamples, width); k += width)
-        {
-            const auto bright = load (noise + 1 + k) - Floats (DrumSound::highPassZero) * load (noise + k);
-            (levelAt (piece, k) * bright * Floats (piece.sound.noiseGain)).store_unaligned (signal + k);
-        }
+        addSamples (piece,
+                    left,
+                    right,
+                    numSamples,
+                    [&] (int k)
+                    {
+                        const auto bright = load (noise + 1 + k) - Floats (DrumSound::highPassZero) * load (noise + k);
+                        return levelAt (piece, k) * bright * Floats (piece.sound.noiseGain);
+                    });
     }
 
     static void addStroke (const StrokePiece& piece, StrokeState& state, float* left, float* right, int numSamples)
     {
-        alignas (64) Scratch signal;
-
         switch (piece.sound.source)
         {
-            case DrumSound::Source::sweptSine: fillSweptSine (piece, state, signal, numSamples); break;
-            case DrumSound::Source::noiseAndSine: fillNoiseAndSine (piece, state, signal, numSamples); break;
-            case DrumSound::Source::brightNoise: fillBrightNoise (piece, state, signal, numSamples); break;
-        }
-
-        clear (signal + numSamples); // past the end nothing is added
-
-        for (int k = 0; k < paddedTo (numSamples, width); k += width)
-        {
-            const auto out = load (signal + k) * Floats (piece.velocity) * Floats (DrumSound::gain);
-            (load (left + k) + out * Floats (1.0f - piece.sound.pan)).store_unaligned (left + k);
-            (load (right + k) + out * Floats (1.0f + piece.sound.pan)).store_unaligned (right + k);
+            case DrumSound::Source::sweptSine: return addSweptSine (piece, state, left, right, numSamples);
+            case DrumSound::Source::noiseAndSine: return addNoiseAndSine (piece, state, left, right, numSamples);
+            case DrumSound::Source::brightNoise: return addBrightNoise (piece, state, left, right, numSamples);
         }
     }
 
