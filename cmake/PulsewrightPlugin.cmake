@@ -24,15 +24,13 @@ juce_add_plugin (Pulsewright
 target_sources (Pulsewright PRIVATE
     source/processor/BlockPlayer.cpp
     source/processor/BlockPlayer.h
-    source/processor/GuardedBase64.cpp
+    source/wrappers/GuardedBase64.cpp
     source/processor/Parameters.cpp
     source/processor/Parameters.h
     source/processor/PulsewrightAudioProcessor.cpp
     source/processor/PulsewrightAudioProcessor.h
     source/processor/SavedState.cpp
     source/processor/SavedState.h
-    source/processor/UntrustedText.cpp
-    source/processor/UntrustedText.h
     source/export/MidiExport.cpp
     source/export/MidiExport.h
     source/export/PrivateFolder.cpp

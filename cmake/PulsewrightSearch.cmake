@@ -17,5 +17,5 @@ add_library (pulsewright_search STATIC
     source/search/TakeKernelsFor.h
     source/search/TakeSearch.cpp
     source/search/TakeSearch.h)
-target_link_libraries (pulsewright_search PUBLIC pulsewright_generation PRIVATE pulsewright_vectors pulsewright_warnings Threads::Threads)
+target_link_libraries (pulsewright_search PUBLIC pulsewright_generation PRIVATE pulsewright_export pulsewright_vectors pulsewright_warnings Threads::Threads)
 pulsewright_add_kernels (pulsewright_search source/search/TakeKernels)

@@ -17,8 +17,9 @@ namespace
     /** The parameters, with their ranges. */
     const juce::AudioProcessorValueTreeState& layout()
     {
-        static const juce::ScopedJuceInitialiser_GUI juceIsUp;
-        static const PulsewrightAudioProcessor processor;
+        // Never destroyed: at the end of the program JUCE's own statics, which they need, go first.
+        [[maybe_unused]] static const auto& juceIsUp = *new juce::ScopedJuceInitialiser_GUI;
+        static const auto& processor                 = *new PulsewrightAudioProcessor;
         return processor.parameters;
     }
 

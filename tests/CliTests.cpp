@@ -110,6 +110,7 @@ TEST (Cli, BadLinesEndWithTheChoices)
         { "find --like /dev/null",              "neither a MIDI file nor" },
         { "--version > /dev/null; echo '{\"hits\":[{\"start\":-1,\"velocity\":1,\"lane\":0}]}' | $T find --like /dev/stdin", "\"start\" is out of range" },
         { "show",                               "FILE is required" },
+        { "verify $T $($T pattern | tail -n 1)", "no MIDI file" },
         { "show nothing",                       "nothing: could not be read" },
         { "show /dev/null",                     "no preset" },
         { "preset PW1-X",                       "46 letters" },
@@ -165,6 +166,19 @@ TEST (Cli, CodesBringTakesBack)
                    .output,
                "");
 
+    // A MIDI file is looked for among the takes, and compared with one.
+    EXPECT_EQ (
+        inFolder (folder,
+                  "for line in 'pattern --take 5 --bars 3' 'song --genre dub --take 8' 'song --genre dub --take 9 --bars 33'; do"
+                  " $T $line --midi m.mid; c=$($T $line | tail -n 1);"
+                  " test \"$($T show m.mid --takes 5-9 --genre $(echo $line | grep -o dub || echo 0))\" = $c || echo $line; $T verify m.mid $c | "
+                  "grep -c same;"
+                  " done; $T verify m.mid $($T pattern | tail -n 1) | cut -d: -f1; $T verify m.mid $($T pattern | tail -n 1) > /dev/null; echo $?; "
+                  "$T show m.mid --takes 1-2; echo $?")
+            .output,
+        "1\n1\n1\nAnother\n1\npulsewright-cli: m.mid: no take of these settings plays this; --takes, and the settings as options, widen the "
+        "search\n1\n");
+
     // Lanes, other notes and markers.
     EXPECT_EQ (
         inFolder (folder,
@@ -219,7 +233,7 @@ TEST (Cli, ManualPageAndCompletionsHaveEveryOption)
 
     // What is missing is printed; roff has a backslash before every minus, and fish an l in place of two.
     EXPECT_EQ (inFolder (folder,
-                         "for c in '' pattern song window find show preset; do $T $c --help; done | grep -oE -e '--[a-z][a-z-]*' | sort -u > options;"
+                         "for c in '' pattern song window find show verify preset; do $T $c --help; done | grep -oE -e '--[a-z][a-z-]*' | sort -u > options;"
                          "test $(wc -l < options) -gt 25 || cat options; cp "
                              + quoted (PULSEWRIGHT_MANUAL_PAGE)
                              + " manual;"
@@ -262,6 +276,7 @@ TEST (Cli, PrintsWithinEightyColumns)
                               "window --help",
                               "find --help",
                               "show --help",
+                              "verify --help",
                               "preset --help" })
     {
         const auto outcome = cli (line);

@@ -119,7 +119,7 @@ namespace
 
     GrooveExample read (const std::string& file)
     {
-        return readMidiFile ({ reinterpret_cast<const std::uint8_t*> (file.data()), file.size() });
+        return exampleInMidiFile ({ reinterpret_cast<const std::uint8_t*> (file.data()), file.size() });
     }
 } // namespace
 
@@ -128,7 +128,7 @@ TEST (TakeSearch, DiceAreTheStandards)
     constexpr auto streams = TakeKernels::streams;
 
     for (const auto* kernels : TakeKernels::all())
-        for (const std::size_t count : { 0, 1, 226, 227, 228, 1300 })
+        for (const std::size_t count : { 0u, 1u, 226u, 227u, 228u, 1300u })
         {
             std::vector<std::uint32_t> seeds (streams), state (streams * TakeKernels::stateSize), numbers (streams * count);
             for (std::uint32_t stream = 0; stream < streams; ++stream)

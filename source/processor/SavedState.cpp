@@ -4,7 +4,8 @@
 #include "SavedState.h"
 
 #include "Parameters.h"
-#include "UntrustedText.h"
+
+#include "preset/UntrustedText.h"
 
 #include <algorithm>
 #include <cmath>

@@ -3,6 +3,8 @@
 
 #include "GrooveExample.h"
 
+#include "export/MidiFileReader.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -51,144 +53,44 @@ namespace
     };
     // clang-format on
 
-    struct Note
-    {
-        std::uint64_t tick;
-        std::uint8_t channel, note, velocity;
-    };
-
     //==============================================================================
-    /** Takes bytes off the front. */
-    class Reader
-    {
-    public:
-        explicit Reader (std::span<const std::uint8_t> bytesToRead) : bytes (bytesToRead) {}
-
-        bool isAtEnd() const noexcept { return bytes.empty(); }
-
-        std::span<const std::uint8_t> take (std::size_t count)
-        {
-            if (count > bytes.size())
-                throw BadExample ("the MIDI file is cut off, or it is none");
-
-            const auto taken = bytes.first (count);
-            bytes            = bytes.subspan (count);
-            return taken;
-        }
-
-        std::uint32_t number (std::size_t numBytes)
-        {
-            std::uint32_t value = 0;
-            for (const auto byte : take (numBytes))
-                value = (value << 8) | byte;
-            return value;
-        }
-
-        std::uint8_t byte() { return take (1).front(); }
-        std::uint8_t peek() { return Reader (*this).byte(); }
-
-        std::uint32_t variableLength()
-        {
-            std::uint32_t value = 0;
-
-            for (int i = 0; i < 4; ++i)
-            {
-                const auto next = byte();
-                value           = (value << 7) | (next & 0x7Fu);
-
-                if (next < 0x80)
-                    return value;
-            }
-
-            throw BadExample ("the MIDI file has a time that is longer than four bytes");
-        }
-
-    private:
-        std::span<const std::uint8_t> bytes;
-    };
-
-    bool hasName (std::span<const std::uint8_t> chunk, std::string_view name) noexcept
-    {
-        return std::ranges::equal (chunk.first (std::min (chunk.size(), name.size())),
-                                   name,
-                                   [] (auto a, auto b) { return a == static_cast<std::uint8_t> (b); });
-    }
-
-    std::size_t dataBytesOf (std::uint8_t status)
-    {
-        const auto kind = status & 0xF0u;
-
-        if (status >= 0xF0)
-            throw BadExample ("the MIDI file has a message that files may not have");
-
-        return kind == 0xC0 || kind == 0xD0 ? 1 : 2;
-    }
-
-    /** @returns where the track ends, in ticks */
-    std::uint64_t readTrack (Reader track, std::vector<Note>& notes)
-    {
-        constexpr std::uint8_t meta = 0xFF, endOfTrack = 0x2F;
-
-        std::uint64_t tick   = 0;
-        std::uint8_t running = 0;
-
-        while (! track.isAtEnd())
-        {
-            tick += track.variableLength();
-            const auto status = track.peek() >= 0x80 ? track.byte() : running;
-
-            if (status < 0x80)
-                throw BadExample ("the MIDI file has data where a message should begin");
-
-            if (status == meta)
-            {
-                const auto type = track.byte();
-                track.take (track.variableLength());
-
-                if (type == endOfTrack)
-                    break;
-            }
-            else if (status == 0xF0 || status == 0xF7)
-                track.take (track.variableLength());
-            else
-            {
-                running         = status;
-                const auto data = track.take (dataBytesOf (status));
-
-                if ((status & 0xF0) == 0x90 && data[1] > 0)
-                    notes.push_back ({ tick, static_cast<std::uint8_t> (status & 0x0F), data[0], data[1] });
-            }
-        }
-
-        return tick;
-    }
-
-    //==============================================================================
-    bool isDrum (const Note& note) noexcept
+    bool isDrum (const MidiNote& note) noexcept
     {
         return laneOfDrum (note.note).has_value();
     }
 
     /** Leaves the notes of the drums' channel. */
-    void keepDrums (std::vector<Note>& notes)
+    void keepDrums (std::vector<MidiNote>& notes)
     {
         constexpr std::uint8_t drumChannel = 9;
 
         if (notes.empty())
             throw BadExample ("the MIDI file has no notes");
 
-        const bool hasDrumChannel = std::ranges::find (notes, drumChannel, &Note::channel) != notes.end();
+        const bool hasDrumChannel = std::ranges::find (notes, drumChannel, &MidiNote::channel) != notes.end();
         const auto channel        = hasDrumChannel ? drumChannel : notes.front().channel;
-        const auto isElsewhere    = [channel] (const Note& note) { return note.channel != channel; };
+        const auto isElsewhere    = [channel] (const MidiNote& note) { return note.channel != channel; };
 
         if (! hasDrumChannel && std::ranges::any_of (notes, isElsewhere))
             throw BadExample ("the MIDI file has notes on several channels, but none on channel 10, where drums are");
 
         std::erase_if (notes, isElsewhere);
-        const auto others = std::erase_if (notes, [] (const Note& note) { return ! isDrum (note); });
+        const auto others = std::erase_if (notes, [] (const MidiNote& note) { return ! isDrum (note); });
 
         if (notes.empty() || (! hasDrumChannel && others > notes.size()))
             throw BadExample ("the MIDI file has no drums: its notes are a melody's");
+    }
+
+    MidiFile readMidi (std::span<const std::uint8_t> bytes)
+    {
+        try
+        {
+            return readMidiFile (bytes);
+        }
+        catch (const BadMidiFile& error)
+        {
+            throw BadExample (error.what());
+        }
     }
 } // namespace
 
@@ -202,46 +104,18 @@ std::int32_t barsUpTo (double lastStart) noexcept
     return static_cast<std::int32_t> (lastStart / beatsPerBar) + 1;
 }
 
-bool isMidiFile (std::span<const std::uint8_t> bytes) noexcept
+GrooveExample exampleInMidiFile (std::span<const std::uint8_t> bytes)
 {
-    return bytes.size() >= 4 && hasName (bytes, "MThd");
-}
-
-GrooveExample readMidiFile (std::span<const std::uint8_t> bytes)
-{
-    if (! isMidiFile (bytes))
-        throw BadExample ("this is no MIDI file");
-
-    Reader file (bytes.subspan (4));
-    Reader header (file.take (file.number (4)));
-    header.take (4); // format and number of tracks
-    const auto division = header.number (2);
-
-    if ((division & 0x8000u) != 0)
-        throw BadExample ("the MIDI file counts its time in frames of SMPTE; only beats can be compared");
-
-    if (division == 0)
-        throw BadExample ("the MIDI file has a beat of no ticks");
-
-    std::vector<Note> notes;
-    std::uint64_t endTick = 0;
-
-    while (! file.isAtEnd())
-    {
-        const auto name = file.take (4);
-        const Reader chunk (file.take (file.number (4)));
-
-        if (hasName (name, "MTrk"))
-            endTick = std::max (endTick, readTrack (chunk, notes));
-    }
-
+    const auto file = readMidi (bytes);
+    auto notes      = file.notes;
+    std::erase_if (notes, [] (const auto& note) { return ! note.isOn; });
     keepDrums (notes);
 
-    const auto ticksPerBar   = std::uint64_t { division } * beatsPerBar;
-    const auto [first, last] = std::ranges::minmax (notes, {}, &Note::tick);
+    const auto ticksPerBar   = std::uint64_t { file.ticksPerBeat } * beatsPerBar;
+    const auto [first, last] = std::ranges::minmax (notes, {}, &MidiNote::tick);
     const auto emptyTicks    = first.tick / ticksPerBar * ticksPerBar;
-    const bool endsWithABar  = endTick % ticksPerBar == 0 && endTick > last.tick;
-    const auto bars          = endsWithABar ? (endTick - emptyTicks) / ticksPerBar : (last.tick - emptyTicks) / ticksPerBar + 1;
+    const bool endsWithABar  = file.endTick % ticksPerBar == 0 && file.endTick > last.tick;
+    const auto bars          = endsWithABar ? (file.endTick - emptyTicks) / ticksPerBar : (last.tick - emptyTicks) / ticksPerBar + 1;
 
     if (bars > static_cast<std::uint64_t> (GrooveExample::mostBars))
         throw BadExample ("the MIDI file is longer than " + std::to_string (GrooveExample::mostBars) + " bars");
@@ -250,7 +124,7 @@ GrooveExample readMidiFile (std::span<const std::uint8_t> bytes)
     example.bars = static_cast<std::int32_t> (bars);
 
     for (const auto& note : notes)
-        example.hits.push_back ({ .start    = static_cast<double> (note.tick - emptyTicks) / division,
+        example.hits.push_back ({ .start    = static_cast<double> (note.tick - emptyTicks) / file.ticksPerBeat,
                                   .note     = note.note,
                                   .velocity = note.velocity,
                                   .lane     = *laneOfDrum (note.note) });

@@ -40,9 +40,6 @@ std::int32_t barsUpTo (double lastStart) noexcept;
     any tempo and resolution; a beat is a quarter note.
     @throws BadExample
 */
-GrooveExample readMidiFile (std::span<const std::uint8_t> bytes);
-
-/** Whether bytes begin as such a file does. */
-bool isMidiFile (std::span<const std::uint8_t> bytes) noexcept;
+GrooveExample exampleInMidiFile (std::span<const std::uint8_t> bytes);
 
 } // namespace pulsewright

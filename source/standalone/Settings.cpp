@@ -3,8 +3,8 @@
 
 #include "Settings.h"
 
+#include "preset/UntrustedText.h"
 #include "processor/SavedState.h"
-#include "processor/UntrustedText.h"
 
 namespace pulsewright
 {

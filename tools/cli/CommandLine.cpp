@@ -153,6 +153,11 @@ void CommandLine::check() const
                 throw BadArgument (*b + " and " + *a + " write to the same place, \"" + given.at (*a) + "\"; each needs one of its own");
 }
 
+bool CommandLine::knows (const std::string& option) const
+{
+    return std::ranges::find (options, option, &Option::name) != options.end();
+}
+
 const Option& CommandLine::rowOf (const std::string& option) const
 {
     const auto found = std::ranges::find (options, option, &Option::name);

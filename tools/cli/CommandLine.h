@@ -27,6 +27,9 @@ public:
     /** The help, the version or what else was asked for in place of a command. */
     const std::string& answer() const noexcept { return textToPrint; }
 
+    /** Whether the command has an option. */
+    bool knows (const std::string& option) const;
+
     /** Whether an option was given. */
     bool has (const std::string& option) const { return given.contains (option); }
 

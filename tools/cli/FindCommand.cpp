@@ -10,6 +10,7 @@
 #include "Progress.h"
 #include "TakeOptions.h"
 
+#include "export/MidiFileReader.h"
 #include "export/MidiFileWriter.h"
 #include "generation/GenreProfile.h"
 #include "generation/TakeCode.h"
@@ -85,7 +86,7 @@ namespace
         {
             const auto text = bytesOfFile (name, largestExample);
             const std::span bytes (reinterpret_cast<const std::uint8_t*> (text.data()), text.size());
-            return isMidiFile (bytes) ? readMidiFile (bytes) : exampleFromJson (text);
+            return isMidiFile (bytes) ? exampleInMidiFile (bytes) : exampleFromJson (text);
         }
         catch (const BadExample& error)
         {

@@ -5,6 +5,7 @@
 
 #include "CommandLine.h"
 #include "FindCommand.h"
+#include "MidiTakes.h"
 #include "Output.h"
 #include "OutputFile.h"
 #include "Presets.h"
@@ -27,6 +28,12 @@ namespace pulsewright::cli
 
 namespace
 {
+    int fail (int exitCode, std::string_view message)
+    {
+        std::fprintf (stderr, "pulsewright-cli: %s\n", onOneLine (message).c_str());
+        return exitCode;
+    }
+
     //==============================================================================
     bool isPlayed (const CommandLine& line, const DrumHit& hit)
     {
@@ -147,6 +154,17 @@ namespace
             print (textForPeople (made, isColourWanted()));
     }
 
+    int showCode (const CommandLine& line)
+    {
+        const auto code = codeInFile (line);
+
+        if (code.empty())
+            return fail (1, line.text ("FILE") + ": no take of these settings plays this; --takes, and the settings as options, widen the search");
+
+        print (code + "\n");
+        return 0;
+    }
+
     void makePicture (const CommandLine& line)
     {
         writeWindowPicture (line.text ("--png"),
@@ -167,7 +185,8 @@ namespace
             case song: give (line, makeSong (line)); break;
             case window: makePicture (line); break;
             case find: return findGrooves (line, isColourWanted());
-            case show: print (codeInFile (line) + "\n"); break;
+            case show: return showCode (line);
+            case verify: return verifyFile (line);
             case preset: writePresets (line); break;
         }
 
@@ -175,11 +194,6 @@ namespace
     }
 
     //==============================================================================
-    int fail (int exitCode, std::string_view message)
-    {
-        std::fprintf (stderr, "pulsewright-cli: %s\n", onOneLine (message).c_str());
-        return exitCode;
-    }
 
     int run (int argc, char** argv)
     {

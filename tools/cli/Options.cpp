@@ -47,14 +47,15 @@ namespace
     }
 
     // clang-format off
-    constexpr std::array<CommandRow, 7> rows
+    constexpr std::array<CommandRow, 8> rows
     {{
         { tool,    "",        "Generates drum grooves and whole songs from a seed: the same music as the plug-in, without a host." },
         { pattern, "pattern", "Generates one groove or fill." },
         { song,    "song",    "Builds a whole song." },
         { window,  "window",  "Renders the plug-in's window, without a display." },
         { find,    "find",    "Looks through takes for the grooves nearest to an example or a shape." },
-        { show,    "show",    "Prints the code of the take in a preset or a saved state." },
+        { show,    "show",    "Prints the code of the take in a preset, a saved state or a MIDI file." },
+        { verify,  "verify",  "Says whether a MIDI file is the take of a code, note for note." },
         { preset,  "preset",  "Writes a take as a preset that hosts load." }
     }};
 
@@ -65,7 +66,7 @@ namespace
     constexpr Whole pixels      { 1, 4000 };
     constexpr unsigned music    = pattern | song;
     constexpr unsigned anyOne   = music | window;
-    constexpr unsigned all      = anyOne | find | show | preset;
+    constexpr unsigned all      = anyOne | find | show | verify | preset;
     constexpr Whole places      { 1, 1000 };
     constexpr Whole threads     { 1, 1024 };
     constexpr Signs shapes      { GrooveTarget::shapeSigns, 16 };
@@ -88,29 +89,31 @@ namespace
 
         return
         {
-            { show,    "FILE",       "",               "The file to read",                      "",               InputFile(), {}, {}, true },
-            { preset,  "CODE",      "",              "The take's code",                       "",               Code(), {}, {}, true },
+            { show | verify, "FILE", "",               "The file to read",                      "",               InputFile(), {}, {}, true },
+            { verify | preset, "CODE", "",              "The take's code",                       "",               Code(), {}, {}, true },
             { music,   "--code",      "CODE",           "The take to start from; what else is given replaces its own", "none", Code() },
             { find,    "--like",      "FILE",           "What to come near: a MIDI file, or a pattern's JSON", "none", InputFile() },
             { find,    "--kick",      "SHAPE",          "Shape of the kick, a sign for each sixteenth: x for a stroke, . for none, - for either, o for a soft one, # for an accent", "any", shapes },
             { find,    "--snare",     "SHAPE",          "Shape of the snare",                    "any",            shapes },
             { find,    "--hats",      "SHAPE",          "Shape of the hats",                     "any",            shapes },
             { find,    "--perc",      "SHAPE",          "Shape of the percussion",               "any",            shapes },
-            { anyOne,  "--genre",     "NAME|N",         "Style",                                 "Boom Bap",       genres },
+            { anyOne | show, "--genre", "NAME|N",         "Style",                                 "Boom Bap",       genres },
             { find,    "--genre",     "NAME|N|all",     "Style",                                 "Boom Bap",       NameNumberOrAll { genres } },
-            { pattern | find, "--section",   "NAME|N",         "What it is for",                        "Verse",          sections },
+            { pattern | find | show, "--section",   "NAME|N",         "What it is for",                        "Verse",          sections },
             { pattern, "--bars",      "N",              "Length in bars",                        "2",              patternBars },
             { find,    "--bars",      "N",              "Length in bars",                        "2; the example's, up to 8", patternBars },
-            { song,    "--structure", "NAME|N",         "Its form",                              "Classic",        structures },
+            { song | show, "--structure", "NAME|N",         "Its form",                              "Classic",        structures },
             { song,    "--duration",  "TIME",           "Length, or the genre's average",        "genre",          durations, {}, "--bars" },
+            { show,    "--duration",  "TIME",           "Length, or the genre's average",        "genre",          durations },
             { song,    "--bars",      "N",              "Length in bars",                        "the duration's", songBars },
             { anyOne,  "--take",      "N",              "The take, as the plug-in counts them",  "1",              any32Bits },
             { music,   "--salt",      "N",              "The number that a take is turned into", "the take's",     any32Bits, {}, "--take" },
             { pattern, "--seed",      "N",              "Seed beside the salt",                  "0",              any32Bits },
             { pattern, "--mutate",    "N",              "Mutate it once with this seed",         "none",           any32Bits },
             { pattern, "--lock",      "LANE[,LANE...]", "Lanes that the mutation keeps",         "none",           lanes, "--mutate" },
-            { music,   "--tempo",     "BPM",            "Beats per minute",                      "the genre's",    tempos },
+            { music | show, "--tempo", "BPM",            "Beats per minute",                      "the genre's",    tempos },
             { find,    "--takes",     "FIRST-LAST",     "The takes to look through",             "1-1000000",      Range() },
+            { show,    "--takes",     "FIRST-LAST",     "The takes that a MIDI file may be",     "0-10000",        Range() },
             { find,    "--vary",      "",               "Try a grid of density, syncopation and variation as well", "not", Switch() },
             { find,    "--top",       "N",              "How many to show",                      "10",             places },
             { find,    "--jobs",      "N",              "Threads",                               "all cores",      threads },
@@ -153,7 +156,7 @@ namespace
         std::vector<Option> options;
 
         for (std::size_t i = 0; i < allSettings.size(); ++i)
-            options.push_back ({ music | find, settingOption (i), "X", allSettings[i].help, digitsOf (defaults[i]), Decimal { 0.0, 1.0 } });
+            options.push_back ({ music | find | show, settingOption (i), "X", allSettings[i].help, digitsOf (defaults[i]), Decimal { 0.0, 1.0 } });
 
         return options;
     }

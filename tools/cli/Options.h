@@ -34,6 +34,7 @@ enum Command : unsigned
     window  = 8,
     find    = 16,
     show    = 32,
+    verify  = 64,
     preset  = 128
 };
 

@@ -4,6 +4,7 @@
 #include "Presets.h"
 
 #include "InputFile.h"
+#include "MidiTakes.h"
 #include "OutputFile.h"
 #include "TakeOptions.h"
 
@@ -164,11 +165,15 @@ std::string codeInFile (const CommandLine& line)
 {
     constexpr std::size_t largest = 1 << 24; // a session with a few plug-ins
 
-    const auto name = line.text ("FILE");
+    const auto name  = line.text ("FILE");
+    const auto bytes = bytesOfFile (name, largest);
+
+    if (bytes.starts_with ("MThd"))
+        return codeOfMidiFile (line, bytes);
 
     try
     {
-        return codeOf (takeInText (textOfState (stateIn (bytesOfFile (name, largest))))).value();
+        return codeOf (takeInText (textOfState (stateIn (bytes)))).value();
     }
     catch (const BadPreset& error)
     {

@@ -49,7 +49,7 @@ Take takeFrom (const CommandLine& line, Take::Kind kind)
     /** What is given, and without a code the default. */
     const auto replace = [&line, hasCode = line.has ("--code")]<typename Value> (const char* option, Value& value)
     {
-        if (line.has (option) || ! hasCode)
+        if (line.has (option) || (! hasCode && line.knows (option)))
             value = line.get<Value> (option);
     };
 

@@ -5,7 +5,7 @@
 // text names, a negative one too, before any code of ours is called. The linker sends their calls here first: see --wrap
 // in cmake/PulsewrightPlugin.cmake. Only those two link this file.
 
-#include "UntrustedText.h"
+#include "preset/UntrustedText.h"
 
 #include <juce_core/juce_core.h>
 
