@@ -6,40 +6,12 @@
 #include "CliProgram.h"
 #include "PlainDrumKit.h"
 
-#include "export/MidiFileWriter.h"
-#include "generation/Genre.h"
-
 #include <cstring>
 #include <fstream>
 #include <iterator>
 
 namespace pulsewright
 {
-
-TEST (Cli, MidiFilesHaveTheNotesOfTheJson)
-{
-    const auto folder = scratch();
-    const auto expect = [] (const fs::path& file, const std::vector<std::uint8_t>& bytes, std::size_t numNotes)
-    {
-        std::ifstream stream (file, std::ios::binary);
-        EXPECT_EQ (std::vector<std::uint8_t> (std::istreambuf_iterator<char> (stream), {}), bytes) << file;
-        EXPECT_EQ (shell ("midicsv " + quoted (file.string()) + " | grep -c '^2, .*Note_on_c, 9, '").output, std::to_string (numNotes) + "\n");
-    };
-
-    for (std::uint32_t genre = 0; genre < genreCount; ++genre)
-    {
-        const auto file      = folder / ("per cent 100%, blank, \u00fcmlaut 'quote' " + std::to_string (genre) + ".mid");
-        const auto arguments = " --tempo 77 --genre " + std::to_string (genre) + " --midi " + quoted (file.string());
-
-        const auto pattern = jsonFrom<DrumPattern> ("pattern --section fill --bars 3" + arguments);
-        expect (file, MidiFileWriter::bytesOf (pattern, 77), pattern.hits.size());
-
-        const auto song = jsonFrom<SongArrangement> ("song --structure " + std::to_string (genre % 4) + arguments);
-        expect (file, MidiFileWriter::bytesOf (song, 77), flatten (song).size());
-    }
-
-    fs::remove_all (folder);
-}
 
 TEST (Cli, OutputsAreWholeOrNotThere)
 {

@@ -232,16 +232,17 @@ TEST (Cli, ManualPageAndCompletionsHaveEveryOption)
     const auto folder = scratch();
 
     // What is missing is printed; roff has a backslash before every minus, and fish an l in place of two.
-    EXPECT_EQ (inFolder (folder,
-                         "for c in '' pattern song window find show verify preset; do $T $c --help; done | grep -oE -e '--[a-z][a-z-]*' | sort -u > options;"
-                         "test $(wc -l < options) -gt 25 || cat options; cp "
-                             + quoted (PULSEWRIGHT_MANUAL_PAGE)
-                             + " manual;"
-                               "for shell in bash zsh fish; do $T --completions $shell > $shell; $shell -n $shell; done;"
-                               "for f in manual bash zsh fish; do sed 's/\\\\//g; s/ -l / --/' $f | grep -oE -e '--[a-z][a-z-]*' | sort -u | comm "
-                               "-23 options -; done")
-                   .output,
-               "");
+    EXPECT_EQ (
+        inFolder (folder,
+                  "for c in '' pattern song window find show verify preset; do $T $c --help; done | grep -oE -e '--[a-z][a-z-]*' | sort -u > options;"
+                  "test $(wc -l < options) -gt 25 || cat options; cp "
+                      + quoted (PULSEWRIGHT_MANUAL_PAGE)
+                      + " manual;"
+                        "for shell in bash zsh fish; do $T --completions $shell > $shell; $shell -n $shell; done;"
+                        "for f in manual bash zsh fish; do sed 's/\\\\//g; s/ -l / --/' $f | grep -oE -e '--[a-z][a-z-]*' | sort -u | comm "
+                        "-23 options -; done")
+            .output,
+        "");
 
     const std::string bash = R"(bash -c '. ./bash; COMP_WORDS=(cli "$@"); COMP_CWORD=$#; _pulsewright_cli; echo "${COMPREPLY[*]}"' - )";
     const std::string fish = R"(fish --no-config -c 'source fish; complete -C "pulsewright-cli $argv"' )";

@@ -98,8 +98,8 @@ private:
     /** The power of two above a positive number. */
     static double nextPower (double value) noexcept
     {
-        const auto exponent = __builtin_bit_cast (std::uint64_t, value) & 0x7FF0000000000000u;
-        return __builtin_bit_cast (double, exponent + 0x0010000000000000u);
+        const auto exponent = __builtin_bit_cast(std::uint64_t, value) & 0x7FF0000000000000u;
+        return __builtin_bit_cast(double, exponent + 0x0010000000000000u);
     }
 
     /** The same sum, bit for bit, of a step that stays. Between two powers of two all doubles are equally far apart, and it
