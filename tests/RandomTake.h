@@ -6,9 +6,10 @@
 #pragma once
 
 #include "generation/SongBuilder.h"
-#include "generation/Take.h"
+#include "generation/TakeCode.h"
 
 #include <random>
+#include <span>
 
 namespace pulsewright
 {
@@ -29,13 +30,13 @@ inline Take randomTake (std::mt19937& random)
 {
     const auto upTo = [&random] (std::uint32_t last) { return std::uniform_int_distribution<std::uint32_t> (0, last) (random); };
 
-    Take take;
+    auto take           = openingTake (0);
     take.kind           = static_cast<Take::Kind> (upTo (1));
     take.counter        = upTo (9) == 0 ? 0 : upTo (0xFFFFFFFFu);
     take.settings.genre = static_cast<Genre> (upTo (genreCount - 1));
     take.settings.seed  = saltOf (take.counter);
 
-    for (const auto& setting : allSettings)
+    for (const auto& setting : std::span (allSettings).first<numCodedSettings>())
         take.settings.*setting.field = snapPercent (static_cast<float> (upTo (1000)) / 1000.0f);
 
     if (take.kind == Take::Kind::groove)

@@ -25,8 +25,19 @@ namespace
     constexpr std::size_t lettersPerGroup = 5;
     constexpr int bitsPerLetter           = 5;
 
-    /** The settings that a code of this version carries: what comes after them in the table has its default. */
-    constexpr auto codedSettings = std::span (allSettings).first<12>();
+    /** The settings that a code of this version carries; those after them in the table have their defaults. */
+    constexpr auto codedSettings = std::span (allSettings).first<numCodedSettings>();
+    constexpr auto laterSettings = std::span (allSettings).subspan<numCodedSettings>();
+
+    float defaultOf (const Setting& setting) noexcept
+    {
+        return snapPercent (GenerationSettings().*setting.field);
+    }
+
+    bool hasLaterDefaults (const GenerationSettings& settings) noexcept
+    {
+        return std::ranges::all_of (laterSettings, [&] (const auto& setting) { return settings.*setting.field == defaultOf (setting); });
+    }
 
     //==============================================================================
     // The layout: both directions go through it, so that it stands once.
@@ -333,7 +344,7 @@ std::optional<std::string> codeOf (const Take& take)
     eachField (writer, take);
     auto letters = writer.letters();
 
-    if (! letters || take.settings.seed != saltOf (take.counter))
+    if (! letters || ! hasLaterDefaults (take.settings) || take.settings.seed != saltOf (take.counter))
         return {};
 
     letters->resize (numLetters);
@@ -366,6 +377,9 @@ Take takeOf (std::string_view code)
     Reader reader (letters);
     eachField (reader, take);
     take.settings.seed = saltOf (take.counter);
+
+    for (const auto& setting : laterSettings)
+        take.settings.*setting.field = defaultOf (setting);
 
     const bool isBuildable = take.songBars == 0 || take.songBars >= SongBuilder::minBars;
 

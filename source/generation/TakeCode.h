@@ -15,6 +15,9 @@
 namespace pulsewright
 {
 
+/** How many of allSettings a code carries: those of its first version. */
+inline constexpr std::size_t numCodedSettings = 12;
+
 /** A text that is no take's code; the message says what is wrong with it, and where. */
 struct BadTakeCode : std::runtime_error
 {
