@@ -92,7 +92,7 @@ TEST (HostileHost, AnotherThreadSavesAndPlaysInsideAGesture)
     };
     log.whenTold = [&] { std::thread (saveAndPlay).join(); };
     processor.mutatePattern();
-    EXPECT_EQ (saves, 8 * 3 + 1);
+    EXPECT_EQ (saves, static_cast<int> (numMacros) * 3 + 1);
 }
 
 TEST (HostileHost, AHundredInstancesShareNothingThatChanges)

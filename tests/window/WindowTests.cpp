@@ -105,7 +105,12 @@ TEST_F (Window, ItsMenuKeepsTakesAndSendsThem)
     juce::SystemClipboard::copyTextToClipboard ("PW1-QUITE-WRONG");
     press ("shift+F10");
     press ("Down Down Down Return");
-    EXPECT_TRUE (comesTrue ([] { return dynamic_cast<juce::AlertWindow*> (juce::Component::getCurrentlyModalComponent()) != nullptr; }));
+    EXPECT_TRUE (comesTrue (
+        []
+        {
+            auto* alert = dynamic_cast<juce::AlertWindow*> (juce::Component::getCurrentlyModalComponent());
+            return alert != nullptr && alert->hasKeyboardFocus (true);
+        }));
     press ("Return");
     EXPECT_TRUE (comesTrue ([] { return juce::Component::getCurrentlyModalComponent() == nullptr; }));
     EXPECT_TRUE (plays (second));
