@@ -59,7 +59,6 @@ namespace
         bool isRolling = true;
     };
 
-    constexpr int studio           = 0; // its index in kitNames
     constexpr double beatsPerBlock = blockSize / sampleRate * tempo / 60.0;
 
     void playEmptyBlock (benchmark::State& state, int bars)

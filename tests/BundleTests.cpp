@@ -167,7 +167,7 @@ TEST (Bundle, PlaysWhatAPresetHolds)
 
     for (int i = 0; i < 4; ++i)
     {
-        auto take             = openingTake (random());
+        auto take             = openingTake (static_cast<std::uint32_t> (random()));
         take.kind             = static_cast<Take::Kind> (i % 2);
         take.settings.genre   = static_cast<Genre> (i);
         take.settings.density = snapPercent (0.9f);

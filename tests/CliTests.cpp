@@ -116,6 +116,7 @@ TEST (Cli, BadLinesEndWithTheChoices)
         { "preset PW1-X",                       "46 letters" },
         { "preset $($T pattern | tail -n 1)",   "nothing to write" },
         { "preset $($T pattern --bars 4 | tail -n 1) --state a", "two bars" },
+        { "preset $($T pattern | tail -n 1) --state a --name b", "has no name" },
         { "preset $($T song --tempo 300 | tail -n 1) --state a", "80 bars, and this one has 264" },
         { "window",                             "--png is required" },
         { "window --png a --scale 4.1",         "number from 0.5 to 4" },
@@ -162,9 +163,10 @@ TEST (Cli, CodesBringTakesBack)
     EXPECT_EQ (inFolder (folder,
                          "c=$($T pattern --genre house --take 99 --kick-probability 0.5 | tail -n 1);"
                          "$T preset $c --vstpreset a.vstpreset --lv2 a.lv2 --state a.state --name 'A \"B\" & C';"
-                         "for f in a.vstpreset a.lv2/presets.ttl a.state; do test $($T show $f) = $c || echo $f; done")
+                         "for f in a.vstpreset a.lv2/presets.ttl a.state; do test $($T show $f) = $c || echo $f; done;"
+                         "$T show a.state --genre 1 2>&1 | grep -c 'MIDI files only'; $T preset $c --lv2 a.lv2 2>&1 | grep -c 'a new folder'")
                    .output,
-               "");
+               "1\n1\n");
 
     // A MIDI file is looked for among the takes, and compared with one.
     EXPECT_EQ (

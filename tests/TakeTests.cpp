@@ -134,7 +134,8 @@ TEST (TakeCode, SaysWhatIsNoCode)
         { code.substr (0, code.size() - 1) + "o", "letter 6 of group 9" },
         { std::string (1 << 20, 'P'), "not a take's code" },
         { "PW1" + std::string (1 << 20, 'Q'), "this one has 1048576" },
-        { std::string (1 << 20, '-') + code, "" }
+        { std::string (1 << 20, '-') + code, "" },
+        { code.substr (0, 3) + "\u2013\u00a0" + code.substr (4), "" }
     };
 
     for (const auto& [text, complaint] : cases)

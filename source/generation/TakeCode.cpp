@@ -289,7 +289,7 @@ namespace
 
     constexpr bool isSeparator (char c) noexcept
     {
-        return c == ' ' || c == '-' || (c >= '\t' && c <= '\r');
+        return c == ' ' || c == '-' || (c >= '\t' && c <= '\r') || static_cast<unsigned char> (c) > 126; // as the dashes of mail programs
     }
 
     /** The letters that count, in capitals. */

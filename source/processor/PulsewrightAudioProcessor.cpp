@@ -130,6 +130,9 @@ void PulsewrightAudioProcessor::generatePattern (SectionType kind)
 
 void PulsewrightAudioProcessor::mutatePattern()
 {
+    // The nudges call the host, and a host may restore a state inside such a call: that lock comes first everywhere.
+    const juce::ScopedLock noRestore (restoreLock);
+
     changeState (
         [&]
         {

@@ -47,7 +47,7 @@ namespace
     {
         Handling action = {}, old = {};
         action.sa_handler = interrupt;
-        action.sa_flags   = static_cast<int> (SA_RESETHAND);
+        action.sa_flags   = SA_RESTART;
         ::sigaction (SIGINT, &action, &old);
 
         if (old.sa_handler == SIG_IGN) // by nohup, say

@@ -10,7 +10,7 @@
 namespace pulsewright::cli
 {
 
-/** While it lives, the first Ctrl-C sets a flag; the second one ends the program as always. One at a time. */
+/** While it lives, Ctrl-C sets a flag, however often it comes: programs that pass it on may send it twice. One at a time. */
 class Interruption
 {
 public:

@@ -20,6 +20,7 @@
 #include <algorithm>
 #include <charconv>
 #include <filesystem>
+#include <vector>
 
 namespace pulsewright::cli
 {
@@ -102,25 +103,37 @@ namespace
         return state.substr (headerSize);
     }
 
-    /** A state in base64 somewhere in a text: an LV2 preset, a session, the app's settings. */
-    std::string stateInText (std::string_view text)
+    /** The states in base64 that a text holds: an LV2 preset or several, a session, the app's settings. */
+    std::vector<std::string> statesInText (std::string_view text)
     {
+        std::vector<std::string> states;
+
         for (const std::string_view mark : { ":StateString> \"", "name=\"filterState\" val=\"" })
-            if (const auto start = text.find (mark); start != text.npos)
+            for (auto start = text.find (mark); start != text.npos; start = text.find (mark, start + 1))
             {
                 const auto value = text.substr (start + mark.size());
-                return stateInBase64 (value.substr (0, value.find ('"')));
+                states.push_back (stateInBase64 (value.substr (0, value.find ('"'))));
             }
 
-        throw BadPreset ("This is no preset and no state of Pulsewright");
+        if (states.empty())
+            throw BadPreset ("This is no preset and no state of Pulsewright");
+
+        return states;
     }
 
-    std::string stateIn (const std::string& bytes)
+    std::vector<std::string> statesIn (const std::string& bytes)
     {
         if (bytes.starts_with ("VST3"))
-            return stateInVstPreset (bytes);
+            return { stateInVstPreset (bytes) };
 
-        return bytes.starts_with (littleEndian (stateMagic)) ? bytes : stateInText (bytes);
+        return bytes.starts_with (littleEndian (stateMagic)) ? std::vector { bytes } : statesInText (bytes);
+    }
+
+    void refuseSearchOptions (const CommandLine& line)
+    {
+        for (const auto& option : optionsOf (show))
+            if (! option.hasPlace() && line.has (option.name))
+                throw BadArgument (option.name + ": counts for MIDI files only; this file holds its settings");
     }
 
     //==============================================================================
@@ -131,6 +144,10 @@ namespace
 
         if (error)
             throw WriteFailure (folder + ": no folder could be made there (" + error.message() + ")");
+
+        // A bundle that is there may be anybody's, the plug-in's own too.
+        if (std::filesystem::exists (folder + "/manifest.ttl", error))
+            throw WriteFailure (folder + ": holds an LV2 bundle already; each preset needs a new folder");
 
         const auto files = lv2PresetsOf ({ preset });
         writeOutput (folder + "/manifest.ttl", files.manifest);
@@ -144,6 +161,9 @@ void writePresets (const CommandLine& line)
 
     if (! line.has ("--vstpreset") && ! line.has ("--lv2") && ! line.has ("--state"))
         throw BadArgument ("preset: nothing to write; --vstpreset, --lv2 or --state says what");
+
+    if (line.has ("--name") && ! line.has ("--vstpreset") && ! line.has ("--lv2"))
+        throw BadArgument ("--name: a state has no name; only --vstpreset and --lv2 write one");
 
     if (const auto why = whyNoState (take); ! why.empty())
         throw BadArgument ("CODE: no preset can hold this take: " + why);
@@ -173,7 +193,12 @@ std::string codeInFile (const CommandLine& line)
 
     try
     {
-        return codeOf (takeInText (textOfState (stateIn (bytes)))).value();
+        refuseSearchOptions (line);
+
+        std::string codes;
+        for (const auto& state : statesIn (bytes))
+            codes.append (codes.empty() ? "" : "\n").append (codeOf (takeInText (textOfState (state))).value());
+        return codes;
     }
     catch (const BadPreset& error)
     {
