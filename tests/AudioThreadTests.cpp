@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Tolm
 // SPDX-License-Identifier: AGPL-3.0-only
 
-// The audio thread waits for nobody and keeps its hands off the heap.
+// The audio thread never waits and never allocates or frees.
 
 #include "AudioThreadWatch.h"
 #include "StateBytes.h"

@@ -35,7 +35,7 @@ public:
         bool operator== (const Counts&) const = default;
     };
 
-    /** From here on this thread's system calls are refused and, while watched, counted. It can only end.
+    /** From here on this thread's system calls are refused and, while watched, counted. After that the thread can only end.
         @returns false where the kernel does not offer that
     */
     static bool refuseSystemCalls();

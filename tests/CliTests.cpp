@@ -178,7 +178,7 @@ TEST (Cli, CodesBringTakesBack)
                   " done; $T verify m.mid $($T pattern | tail -n 1) | cut -d: -f1; $T verify m.mid $($T pattern | tail -n 1) > /dev/null; echo $?; "
                   "$T show m.mid --takes 1-2; echo $?")
             .output,
-        "1\n1\n1\nAnother\n1\npulsewright-cli: m.mid: no take of these settings plays this; --takes, and the settings as options, widen the "
+        "1\n1\n1\nDifferent\n1\npulsewright-cli: m.mid: no take of these settings plays this; --takes, and the settings as options, widen the "
         "search\n1\n");
 
     // Lanes, other notes and markers.

@@ -69,7 +69,7 @@ struct NormaliseCase
 class Normalise : public testing::TestWithParam<NormaliseCase>
 {};
 
-TEST_P (Normalise, KeepsTheHitsThatAreHeard)
+TEST_P (Normalise, SortsAndDropsDoubles)
 {
     auto pattern = patternOf (GetParam().bars, GetParam().before);
     normalise (pattern);

@@ -178,7 +178,7 @@ INSTANTIATE_TEST_SUITE_P (Widths,
                               return name;
                           });
 
-TEST (KitTables, ClocksAreSums)
+TEST (KitTables, AdvancedGivesTheBitsOfRepeatedAddition)
 {
     for (const double step : { 1.0 / 44100.0, 1.0 / 48000.0, 1.0 / 11025.0, 1.0 / 65536.0, 3.0 / 131072.0, 1.0 / 384001.5, 1e-7, 0.3 })
     {

@@ -188,7 +188,7 @@ TEST (Editor, KnobsRegenerateOnceTheyRest)
     EXPECT_EQ (window.processor.getPattern().name, "Boom Bap Verse");
 }
 
-TEST (Editor, ARestoreIsNoOnesChoice)
+TEST (Editor, ARestoreBuildsNoSong)
 {
     PulsewrightAudioProcessor source;
     for (int i = 0; i < 14; ++i)
@@ -216,7 +216,7 @@ TEST (Editor, ARestoreIsNoOnesChoice)
         EXPECT_EQ (window.processor.getPattern(), expected.getPattern());
         EXPECT_EQ (window.processor.getSong(), expected.getSong());
 
-        // What it shows has followed, and choices are choices again.
+        // What it shows has followed, and a choice builds a song again.
         EXPECT_TRUE (window.find<juce::ToggleButton> ("lock snare").getToggleState());
         EXPECT_NEAR (window.find<PercentSlider> ("swing").getValue(), 0.7, 1e-6);
         window.find<juce::ComboBox> ("Style").setSelectedItemIndex (0, juce::sendNotificationSync);

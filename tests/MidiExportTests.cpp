@@ -118,7 +118,7 @@ TEST (MidiExport, NamesFilesAndWritesThem)
     }
 }
 
-TEST (MidiExport, DragsThroughNobodyElsesFolder)
+TEST (MidiExport, RefusesADragFolderOfAnotherUser)
 {
     const auto scratch  = juce::File::createTempFile ({});
     const auto folder   = scratch.getChildFile ("Pulsewright MIDI");

@@ -244,7 +244,7 @@ TEST (PlaybackEngine, WhatABlockLeftOfALoopIsPlayedWithTheNext)
                (std::vector<NoteEvent> { { 0, 0x99, 36, 100 }, { 0, 0x99, 38, 100 } }));
 }
 
-TEST (PlaybackEngine, AJumpIsPlayedAsItStands)
+TEST (PlaybackEngine, AfterAJumpTheBlockStartsAtTheHostsBeat)
 {
     TransportContinuity continuity;
     const auto first = continuity.join (windowAt (-1.0, 60.0, 1.0, 1)); // up to exactly 0
@@ -302,7 +302,7 @@ TEST (PlaybackEngine, NoteOffFallsInTheNextBlockAcrossTheLoop)
     EXPECT_TRUE (eventsOf (*music, Repeat::once, windowAt (0.0, 60.0, 100.0, 20)).empty());
 }
 
-TEST (PlaybackEngine, ANoteWhoseBeatIsRoundedFarOutHasItsEnd)
+TEST (PlaybackEngine, ANoteFarFromTheStartStillEnds)
 {
     // So far out the hit's beat is rounded up, and its end with it, into a block that it would have missed by itself.
     const auto music  = makePlaybackData ({ { .start = 1.0 - 0x1p-22, .length = 0.5 } }, 4.0);

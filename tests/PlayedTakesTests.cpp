@@ -140,7 +140,7 @@ TEST (PlayedTakes, BadPresetsAreRefused)
         EXPECT_THROW (static_cast<void> (stateInBase64 (text)), BadPreset) << text;
 }
 
-TEST (PlayedTakes, TheWindowsEchoMakesNothingAnew)
+TEST (PlayedTakes, PlayingATakeAgainGeneratesNothing)
 {
     EditorWindow window;
     PulsewrightAudioProcessor expected;
@@ -155,7 +155,7 @@ TEST (PlayedTakes, TheWindowsEchoMakesNothingAnew)
         expectSame (window.processor, expected, codeOf (take).value());
     }
 
-    // Then a knob is a knob again.
+    // After that, a knob generates again.
     window.find<PercentSlider> ("density").setValue (0.123, juce::sendNotificationSync);
     runFor (300);
     set (expected, "density", 0.123f);

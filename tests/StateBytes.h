@@ -87,7 +87,7 @@ inline std::vector<BadState> badStates (const juce::MemoryBlock& good)
         { "an open quote",            framed ("<PulsewrightState seedCounter=\"9>") },
         { "deep inside ours",         framed (stateText ("", many ("<a>", 20000))) },
         { "deep",                     framed (many ("<a>", 20000)) },
-        { "closed to a careless eye", framed (many ("<a b='/>'>", 6000)) },
+        { "'/>' inside an attribute", framed (many ("<a b='/>'>", 6000)) },
         { "closed inside a value",    framed (many ("<a b=\"</a>\">", 5000)) },
         { "deep behind a header",     framed ("<?xml '?>" + many ("<a>", 20000) + "'?>") },
         { "deep behind a quote",      framed ("<r><b></b '>" + many ("<a>", 20000) + "'>") },

@@ -123,7 +123,7 @@ namespace
     }
 } // namespace
 
-TEST (TakeSearch, DiceAreTheStandards)
+TEST (TakeSearch, RandomNumbersAreThoseOfTheStandard)
 {
     constexpr auto streams = TakeKernels::streams;
 

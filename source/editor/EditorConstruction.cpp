@@ -128,7 +128,7 @@ PulsewrightAudioProcessorEditor::PulsewrightAudioProcessorEditor (PulsewrightAud
     setTitle ("Pulsewright");
     setFocusContainerType (FocusContainerType::keyboardFocusContainer);
 
-    // A click into a window hands the keyboard to somebody in it: to the editor, which leaves it to the host.
+    // A click into a window gives the keyboard to one of its components: to the editor, which leaves it to the host.
     setWantsKeyboardFocus (true);
 
     formSeen           = processor.getChosenForm();

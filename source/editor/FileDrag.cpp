@@ -14,8 +14,8 @@ namespace
     const juce::Identifier draggingPeer ("draggingPeer"); // the id of the peer that a drag left from
     const juce::Identifier overruled ("overruled");       // present if we have ended the drag in the receiver's place
 
-    /** A receiver may owe its answer to where the pointer is though the drag is over, and JUCE would wait for it in
-        the next drag. Not to be called during that one: JUCE would take this for the answer and ignore the true one.
+    /** Answers for the receiver, when the last position message of a finished drag was not answered: JUCE would wait for
+        that answer in the next drag. Do not call this during a drag, or JUCE ignores the true answer.
     */
     void answerForReceiver (juce::Component& window)
     {

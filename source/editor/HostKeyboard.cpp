@@ -49,9 +49,9 @@ struct HostKeyboard::X11
             functions().xSelectInput (display(), window, shouldGetKeys ? attributes.your_event_mask | keys : attributes.your_event_mask & ~keys);
     }
 
-    // JUCE calls X11 through a table of functions. The one that takes the keyboard is replaced in it: giving
-    // back what was taken would come too late, hosts act on the loss. The table is made anew when the last
-    // plug-in in a process has gone and another comes.
+    // JUCE calls X11 through a table of function pointers. We replace the one that takes the keyboard. Giving it back
+    // afterwards would be too late: hosts react as soon as they lose it. JUCE makes a new table when the last plug-in of
+    // a process was removed and another one loads.
     static inline juce::X11Symbols::XSetInputFocus setInputFocus = nullptr; // what the table had
     static inline std::vector<HostKeyboard*> keyboards;
 
@@ -77,7 +77,7 @@ struct HostKeyboard::X11
         return ! active.success || active.numItems == 0 || *reinterpret_cast<const ::Window*> (active.data) == 0;
     }
 
-    // The owner may have gone in the meantime, an error that would end most hosts.
+    // The window that had the keyboard may be closed; X11 would report an error, which ends most hosts.
     static void giveTo (::Window owner)
     {
         ignoreX11ErrorsOfOurConnection();

@@ -131,8 +131,8 @@ void PulsewrightAudioProcessorEditor::buildChosenSong()
         processor.buildSong();
 }
 
-// The echo of a restore regenerates too: what comes out is what was restored, and automation that arrives
-// with it is heard.
+// A restore also moves the knobs and starts a refresh; it generates the same music again, and automation that arrives with
+// the restore is heard.
 void PulsewrightAudioProcessorEditor::macroChanged()
 {
     lastSliderChangeMs = juce::Time::getMillisecondCounterHiRes();
@@ -217,7 +217,7 @@ void PulsewrightAudioProcessorEditor::report (juce::Button& button, const juce::
     if (shown.isNotEmpty())
         statusLabel.setText (shown, juce::dontSendNotification);
 
-    // The timer soon overwrites the status line; the button keeps the word.
+    // The timer soon overwrites the status line; the button's tooltip keeps the message.
     button.setTooltip ((button.getTooltip().upToFirstOccurrenceOf ("\n", false, false) + "\n" + lasting).trimEnd());
     button.setDescription (lasting);
 }

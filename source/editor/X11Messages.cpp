@@ -30,7 +30,7 @@ namespace
 
     Bool ignoreError (::Display*, XErrorEvent*, xError*)
     {
-        return False; // to Xlib: tell nobody
+        return False; // Xlib then calls no error handler
     }
 
     /** In the place of exit(): Xlib goes on, and answers every further request with nothing. JUCE must no longer wait for

@@ -18,11 +18,11 @@ namespace pulsewright
 */
 void prepareX11Connection();
 
-/** While one exists, the process lives on when the X server dies, as far as that is for us to say: a host under Wayland,
-    which talks to X11 only through its plug-ins.
+/** While one exists, the process survives the end of the X server, if it needs X11 only for plug-ins' windows (a host under
+    Wayland).
 
-    Xlib has one handler for broken connections in a process. Where a host has put its own there, it is not touched. Xlib's
-    own would end the process: it is kept from JUCE's connection alone.
+    A handler for broken connections that the host has installed stays. Xlib's own handler ends the process, so it is no
+    longer called for JUCE's connection.
 */
 struct X11Survival
 {

@@ -17,7 +17,7 @@ namespace pulsewright
 bool makePrivateFolder (const juce::File& folder)
 {
     const auto& path = folder.getFullPathName();
-    mkdir (path.toRawUTF8(), S_IRWXU); // if it is there, or cannot be made, that shows below
+    mkdir (path.toRawUTF8(), S_IRWXU); // if it is there, or cannot be made, the checks below find that
 
     // All by one descriptor, so that nobody can put something else in its place meanwhile.
     const auto opened = open (path.toRawUTF8(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);

@@ -13,7 +13,7 @@ namespace pulsewright
 /** Makes a folder, or takes one that is there, into which nobody else can put anything.
 
     The temporary folder of a Unix machine is everybody's. A folder there that is a link or that belongs to
-    somebody else could lead what is written to a file that only we may change. Such a one is refused. One of
+    somebody else could make us overwrite a file of our user elsewhere. Such a folder is refused. One of
     our own that others may write to is made ours alone (mode 700). On other systems the temporary folder is the
     user's own, and the folder is only made.
 

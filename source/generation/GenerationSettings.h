@@ -62,7 +62,7 @@ struct GenerationSettings
 /** One of the player's controls. */
 struct Setting
 {
-    /** Where hosts list its parameter, the choices among them: the order is frozen, and a new one comes last of all. */
+    /** Position of its parameter in the host's list, which also contains the choices. Never change one; a new parameter goes last. */
     int listed;
 
     float GenerationSettings::*field;

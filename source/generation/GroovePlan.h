@@ -122,7 +122,7 @@ private:
         return static_cast<double> (2.0f * (static_cast<float> (static_cast<std::int32_t> (draw)) * 0x1p-24f) - 1.0f);
     }
 
-    /** The whole part of a change of velocity. More than the widest range is as good as that, and no integer holds it. */
+    /** The whole part of a change of velocity. Clamped to the widest possible range first, because larger values do not fit an int. */
     static int velocityChange (double change) noexcept
     {
         constexpr double widest = 256.0;

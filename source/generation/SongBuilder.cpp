@@ -192,7 +192,7 @@ std::string_view SongBuilder::structureName (std::uint32_t structure) noexcept
 std::string_view SongBuilder::sectionLabel (std::uint32_t structure, std::uint32_t seed) noexcept
 {
     const auto entries = structureOf (structure).entries;
-    const auto index   = seed - firstSectionSeed; // of an earlier seed a large number
+    const auto index   = seed - firstSectionSeed; // wraps to a large number for a seed below firstSectionSeed
     return index < entries.size() ? entries[index].label : std::string_view();
 }
 

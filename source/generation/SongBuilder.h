@@ -24,7 +24,7 @@ struct SongDuration
     std::int32_t seconds; ///< 0: the genre's average
 };
 
-/** The index is what hosts automate and states store. There is none of 4:30, and the gap stays. */
+/** The index is what hosts automate and states store. 4:30 is missing on purpose; never insert it. */
 inline constexpr std::array<SongDuration, 7> songDurations {
     { { "Genre average", 0 }, { "2:00", 120 }, { "2:30", 150 }, { "3:00", 180 }, { "3:30", 210 }, { "4:00", 240 }, { "5:00", 300 } }
 };

@@ -16,7 +16,7 @@ namespace pulsewright
 
 /** What one press of GENERATE or BUILD makes, or a section of a song that was taken out of it.
 
-    Every groove has a song beside it, built of the same settings and counter; every song a groove, its first section.
+    A groove also describes a song, with the same settings and counter; a song also describes a groove, its first section.
     Locks and the playback switch decide nothing of either.
 */
 struct Take
@@ -51,16 +51,16 @@ struct Take
     bool operator== (const Take&) const = default;
 };
 
-/** The groove: of a song its first section. Pure; any thread. */
+/** The take's groove. For a song: its first section. Pure; any thread. */
 DrumPattern patternOf (const Take& take);
 
-/** The song; of a groove the one beside it. Pure; any thread. */
+/** The take's song. For a groove: the song that has the same settings and counter. Pure; any thread. */
 SongArrangement songOf (const Take& take);
 
 /** A section of a song as a groove of its own. @param section  the one that the song has there */
 Take sectionOf (const Take& song, std::uint32_t index, const DrumPattern& section) noexcept;
 
-/** The song beside a groove; of a song the song itself. */
+/** For a groove: the take of the song that has the same settings and counter. For a song: the song itself. */
 Take songBeside (const Take& take) noexcept;
 
 /** The length of the take's song in bars. */

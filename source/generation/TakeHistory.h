@@ -48,8 +48,8 @@ public:
     /** Keeps a new one; the oldest goes when there are too many. */
     void add (KeptTake made);
 
-    /** Takes note that the knobs have made the newest take anew. It follows them, unless it is a mutation or an earlier
-        take was brought back since: these stay as they were, and what the knobs have made is a take of its own.
+    /** Replaces the newest take by what the knobs have made of it. If the newest take is a mutation, or an earlier take was
+        brought back since, nothing is replaced and a new take is added.
     */
     void follow (KeptTake remade);
 

@@ -238,7 +238,7 @@ std::string stateInBase64 (std::string_view text)
         const auto letter = base64Letters.find (c);
 
         if (letter == base64Letters.npos)
-            throw BadPreset ("This is not a state: it has a sign that none has");
+            throw BadPreset ("This is not a state: it has a character that is not allowed");
 
         bits |= static_cast<std::uint32_t> (letter) << numBits;
         numBits += bitsPerLetter;

@@ -48,7 +48,7 @@ struct Lv2Presets
 
 Lv2Presets lv2PresetsOf (const std::vector<NamedState>& presets);
 
-/** A state as JUCE's LV2 and standalone wrappers write it: its length, a point, and its bits in an alphabet of their own. */
+/** A state as JUCE's LV2 and standalone wrappers write it: its length, a dot, and its bytes in JUCE's variant of base64. */
 std::string base64Of (std::string_view state);
 
 /** The state in such a text. @throws BadPreset */

@@ -109,7 +109,7 @@ void PulsewrightAudioProcessor::changeState (Change&& change)
 
 void PulsewrightAudioProcessor::tellHostStateChanged()
 {
-    // What is saved has changed without a parameter moving; without a word the take is lost on close.
+    // The seed counter is part of the saved state but no parameter. Tell the host, or it closes the project without saving.
     updateHostDisplay (ChangeDetails().withNonParameterStateChanged (true));
 }
 

@@ -54,13 +54,13 @@ public:
     /** Makes finished material current and plays it, as it stands. For tools; settings and counter stay. */
     void setMaterial (DrumPattern newPattern, SongArrangement newSong);
 
-    /** Keeps a lane through mutations, or no longer. Blocks: in the host alone. */
+    /** Keeps a lane through mutations, or no longer. Blocks: only while the host handles the call. */
     void setLaneLocked (int lane, bool shouldBeLocked);
 
     DrumPattern getPattern() const;
     SongArrangement getSong() const;
 
-    /** Says that what would be saved has changed without a parameter moving. Blocks: in the host alone. */
+    /** Says that what would be saved has changed without a parameter moving. Blocks: only while the host handles the call. */
     void tellHostStateChanged();
 
     //==============================================================================
@@ -72,7 +72,7 @@ public:
     */
     void playTake (const Take& take);
 
-    /** The take of what playback has chosen, the song or the groove, with the kit of now; nothing for what has no code. */
+    /** The take of what playback has chosen, the song or the groove, with the kit that is chosen now; empty if it has no code. */
     std::optional<Take> getChosenTake() const;
 
     /** What this instance has played since it was made, the newest first; at most TakeHistory::capacity. */
@@ -81,8 +81,8 @@ public:
     /** Plays one of them as it was, with its settings. The seed counter stays. @returns false when it is no longer kept */
     bool playEarlierTake (std::uint32_t id);
 
-    /** Whether the knobs stand where the take that came back last has put them, and nothing was made since: then what they
-        report is its echo, and there is nothing to make anew.
+    /** Whether the knobs still have the values of the take that was played again last, and nothing was generated since. If
+        so, a knob's report is only a consequence of that, and nothing has to be generated.
     */
     bool isAsBroughtBack() const;
 
@@ -223,10 +223,10 @@ private:
     DrumPattern pattern;
     std::shared_ptr<const SongArrangement> song = std::make_shared<const SongArrangement>(); // shared with what is published
     SongForm songForm {};                                                                    // that the song was built to
-    std::uint32_t counter = 0;                                                               // whose salt the settings have
+    std::uint32_t counter = 0;                                                               // settings.seed is its salt
     std::optional<Take> patternTake, songTake;                                               // where they came from, if from a take
     Take::Kind madeLast = Take::Kind::groove;
-    std::optional<GenerationSettings> broughtBack; // with the take that came back last
+    std::optional<GenerationSettings> broughtBack; // the settings of the take that was played again last
     TakeHistory history;
     PlaybackSnapshot published; // the publisher's copy of what is current
 

@@ -28,8 +28,8 @@ namespace
         return a.tick < b.tick;
     }
 
-    /** The cheapest alignment of two sequences in the order of time. Strokes a reach apart never pair, so that a row
-        holds only the strokes within reach of one.
+    /** The cheapest alignment of two sequences in the order of time. Strokes that are `reach` ticks or more apart
+        are never paired, so that a row holds only the strokes within reach of one.
     */
     Distance distanceBetween (const std::vector<TargetStroke>& played, const std::vector<TargetStroke>& wanted, std::vector<Distance>& row)
     {

@@ -53,10 +53,10 @@ public:
     /** A move by a sixteenth costs as much as taking a stroke away and adding another. */
     static constexpr std::int32_t reach = ticksPerBeat / 4;
 
-    /** So many smallest steps are one full kick too many. */
+    /** The distance of one extra kick of velocity 127, in smallest steps. */
     static constexpr double unit = 254.0 * reach * 2.0;
 
-    /** A hit is as heavy as the loudest, a silent one half of that. @param velocity  0 to 127 */
+    /** The weight of a hit: 254 at velocity 127, 127 at velocity 0, linear between. @param velocity  0 to 127 */
     static constexpr std::int32_t massOf (std::uint32_t velocity) noexcept
     {
         return 127 + static_cast<std::int32_t> (velocity < 127 ? velocity : 127);

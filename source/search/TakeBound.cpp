@@ -51,7 +51,7 @@ namespace
         }
     };
 
-    /** A stroke of an example that several candidates are after, and what it is worth then: less than nothing. */
+    /** An example's stroke that several candidates can match, and its price, 0 or below: each of them subtracts that much less. */
     struct Surplus
     {
         std::size_t place = nothing;
@@ -115,7 +115,7 @@ namespace
                                                         : besideShape (possible, wanted.signs, target.bars());
     }
 
-    /** What two candidates add beyond their own additions when both are played: one place of the target serves one of them. */
+    /** The correction when both of two candidates are played: one place of the target can match only one of them. */
     Distance addedTogether (const Possible& a, const Possible& b, const Addition& ofA, const Addition& ofB, const GrooveTarget& target)
     {
         const auto& wanted = target.lane (static_cast<std::size_t> (a.lane));

@@ -17,10 +17,9 @@
 namespace pulsewright
 {
 
-/** A lower bound of the distance as a sum over what is played: everything that is wanted is missing at first, and each
-    candidate that is played takes off at most what it can stand for, or adds what it costs as a stroke too many. Where two
-    are after the same stroke, what they take off twice is added again. By the duality of assignment problems no sum of
-    these is above the distance.
+/** A lower bound of the distance. It starts as if every wanted stroke were missing. Each played candidate then subtracts
+    the most that it can match, or adds the cost of an extra stroke. When two candidates match the same stroke, what was
+    subtracted twice is added again. So the sum is never above the distance (dual of the assignment problem).
 */
 class TakeBound
 {

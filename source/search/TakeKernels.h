@@ -17,9 +17,9 @@ struct WeighedStroke
 {
     std::int32_t limit;            ///< as OfferedStroke has it
     std::int32_t weight;           ///< at most so much nearer (below 0) or farther
-    std::int32_t rival    = -1;    ///< an earlier candidate of the bar that is after the same stroke of the target; -1: none
+    std::int32_t rival    = -1;    ///< an earlier candidate of the bar that can match the same stroke of the target; -1: none
     std::int32_t together = 0;     ///< is added when both are played
-    bool isRival          = false; ///< whether a later one names this one
+    bool isRival          = false; ///< whether a later candidate has this one as its `rival`
 };
 
 /** Pure but for what the arguments point to. Allocates: never. */

@@ -161,7 +161,7 @@ namespace
             }
         }
 
-        /** @param count  of streams that count; the others only run along */
+        /** @param count  number of streams in use; the results of the others are ignored */
         void searchGroup (std::uint32_t firstTake, std::uint64_t count)
         {
             for (std::uint32_t stream = 0; stream < streams; ++stream)

@@ -33,12 +33,12 @@ namespace
         constexpr int largestText = 1 << 18; // a usual one has three kilobytes
 
         if (text.length() > largestText || ! isSafeToParse (text.toStdString()))
-            return "are not this app's, or cut short";
+            return "belong to another program or are incomplete";
 
         const auto settings = juce::parseXMLIfTagMatches (text, "PROPERTIES");
 
         if (settings == nullptr)
-            return "are not this app's";
+            return "belong to another program";
 
         const auto* state = settings->getChildByAttribute ("name", "filterState");
         return state == nullptr || isReadableState (state->getStringAttribute ("val")) ? "" : "hold a state that cannot be restored";
@@ -49,7 +49,7 @@ namespace
         const auto earlier = juce::File (usualFolder).getChildFile (file.getFileName());
 
         if (! file.exists() && earlier.existsAsFile() && file.getParentDirectory().createDirectory())
-            earlier.copyFileTo (file); // where that fails, the app opens as a new one
+            earlier.copyFileTo (file); // where that fails, the app starts with default settings
     }
 } // namespace
 
@@ -83,9 +83,9 @@ PreparedSettings prepareSettings (const juce::File& file)
     const auto aside = file.getParentDirectory().getNonexistentChildFile (file.getFileName() + ".bad", {}, false);
 
     if (file.moveFileTo (aside))
-        return { "The settings in " + path + " " + fault + ". They are kept as " + aside.getFileName() + "; the app opens as a new one." };
+        return { "The settings in " + path + " " + fault + ". They are kept as " + aside.getFileName() + "; the app starts with default settings." };
 
-    return { "The settings in " + path + " " + fault + ", and cannot be renamed. Move them away.", false };
+    return { "The settings in " + path + " " + fault + ", and cannot be renamed. Move or delete that file.", false };
 }
 
 } // namespace pulsewright

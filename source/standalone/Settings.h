@@ -22,7 +22,7 @@ struct PreparedSettings
 /** To be called before JUCE reads the settings.
 
     A file that JUCE could not read, or that would end the app (it nests its elements deeper than the parser goes, or
-    its state names more memory than there is), is renamed: nothing of it is lost, and the app opens as a new one. A file
+    its state names more memory than there is), is renamed: nothing of it is lost, and the app starts with default settings. A file
     in ~/.config, where earlier versions kept it, is copied to XDG_CONFIG_HOME.
 */
 PreparedSettings prepareSettings (const juce::File& file);

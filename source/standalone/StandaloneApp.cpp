@@ -234,7 +234,7 @@ private:
 
     void sayNotSaved()
     {
-        say ("The settings cannot be written to " + settings.getUserSettings()->getFile().getFullPathName() + ": what is on the screen is not kept.");
+        say ("The settings cannot be written to " + settings.getUserSettings()->getFile().getFullPathName() + ": changes will be lost on exit.");
     }
 
     void leave (std::FILE* stream, const char* text, int status)

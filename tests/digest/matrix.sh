@@ -21,7 +21,7 @@ case "${1:-}" in
     *) echo "usage: matrix.sh [--packages]" >&2; exit 2 ;;
 esac
 
-# What the build compiles with: the language, and the flag that the music hangs on.
+# What the build compiles with: the language, and the flag that keeps the music the same everywhere.
 readonly flags=(-std=c++20 -ffp-contract=off -Isource)
 readonly sources=(tests/support/MusicDigest.cpp source/generation/*.cpp source/export/MidiFileWriter.cpp)
 readonly expected=$PWD/tests/data/music-digest.txt

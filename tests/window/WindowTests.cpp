@@ -151,7 +151,7 @@ TEST_F (Window, KnobsTurnAndTakeNumbers)
     }
 }
 
-TEST_F (Window, TheKeyboardIsEnough)
+TEST_F (Window, EveryControlWorksByKeyboard)
 {
     const auto focused    = [] { return juce::Component::getCurrentlyFocusedComponent(); };
     const auto isOutlined = [this] (const juce::String& title)
@@ -320,8 +320,8 @@ TEST (BundleWindow, DropsArriveAndNoReceiverHarmsTheHost)
         const auto button       = (isSong ? layout.songDragButton : layout.patternDragButton).getCentre() + editor->getScreenPosition();
         const juce::String pull = " mousemove_relative 20 0 mousemove 1400 200";
 
-        // The first comes all at once, as from a host that was busy. The press of the others may have to end a drag, and
-        // one that leaves the window meanwhile is lost: the next press works.
+        // The first press, move and release arrive together, as in a busy host. A later press may first have to end the
+        // previous drag; then that press starts no drag, and the next one does.
         const auto press = "xdotool mousemove " + button.toString().replace (",", "") + " mousedown 1";
         bool isTaken     = false;
 
@@ -357,7 +357,7 @@ TEST (BundleWindow, DropsArriveAndNoReceiverHarmsTheHost)
         }
     }
 
-    // The last one owes its answer: the window closes in mid-drag.
+    // The last receiver never answers: the window closes in mid-drag.
     editor.reset();
     runFor (300);
 }

@@ -51,7 +51,7 @@ for bad in "$(sed 's/name="filterState" val="[^"]*"/name="filterState" val="-1.A
     aside=$settings.bad$([ $number = 1 ] || echo $number)
     expect "bad settings are kept" [ "$(cat "$aside")" = "$bad" ]
     expect "the app says so" grep -qF "${aside##*/}" "$log"
-    expect "it opens as a new one" holds_state
+    expect "it starts with default settings" holds_state
 done
 
 XDG_CONFIG_HOME=/dev/null/settings app_until kill -TERM

@@ -180,7 +180,7 @@ namespace
     }
 
     //==============================================================================
-    /** The generator itself has the last word; it also brings the names and seeds, which the search leaves out. */
+    /** Generates the take again to check the result and to get its name and seed. */
     FoundGroove played (const FoundTake& found, const TakeQuery& query)
     {
         Take take { .counter = found.take, .settings = query.settings[found.settings], .section = query.section, .bars = found.pattern.bars };
@@ -239,7 +239,7 @@ namespace
         return findTakes (query, target, Interruption::flag(), [&progress] (double share) { progress.show (share); });
     }
 
-    /** A long search is not lost for a name that cannot be written: then it is printed. */
+    /** When the output file cannot be written, the result is printed instead, so that a long search is not lost. */
     void give (const CommandLine& line, std::uint64_t searched, std::span<const FoundGroove> nearest, bool inColour)
     {
         try

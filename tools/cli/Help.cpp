@@ -73,14 +73,14 @@ std::string helpOf (Command command)
             text += entry (std::string (other.name), std::string (other.help));
     }
 
-    text += "\nOptions, with what counts by default:\n";
+    text += "\nOptions [default]:\n";
     for (const auto& option : optionsOf (command))
         text += entry (option);
 
     if (command == tool)
         text += "\nWithout an output option a pattern is printed as a grid and a song as a table.\n"
-                "Exit status: 0; 1 for what could not be written; 2 for a bad command line;\n"
-                "130 after Ctrl-C.\n";
+                "Exit status: 0; 1 when something could not be written, verify finds a difference\n"
+                "or show finds no take; 2 for a bad command line; 130 after Ctrl-C.\n";
 
     return text;
 }

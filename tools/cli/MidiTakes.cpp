@@ -106,7 +106,7 @@ int verifyFile (const CommandLine& line)
         return 0;
     }
 
-    writeOutput ("-", "Another: the file has " + noteText (file, place) + "; the take has " + noteText (ours, place) + "\n");
+    writeOutput ("-", "Different: the file has " + noteText (file, place) + "; the take has " + noteText (ours, place) + "\n");
     return 1;
 }
 

@@ -23,9 +23,9 @@ struct WriteFailure : std::runtime_error
 /** Writes one output from front to back. Until commit() an old file stands; without it nothing is left behind,
     also when a signal ends the process. One at a time.
 
-    The bytes go into a new file beside the target, which a rename puts into its place. Written in place is what
-    a rename would not leave as it is: a device, a pipe, a file of somebody else or with a second name, one in a
-    folder where nothing new may be made.
+    The bytes go into a new file beside the target; a rename then replaces the target. These are written directly,
+    because a rename would change what they are or is not possible: a device, a pipe, a file of another user, a file
+    with a second name, a file in a folder that takes no new files.
 */
 class OutputFile
 {
@@ -69,9 +69,9 @@ bool areSameOutput (const std::string& a, const std::string& b);
 
 bool isStandardOutputTerminal() noexcept;
 
-/** Call it before anything is opened. A standard stream that is closed refuses what is written to it, where
-    otherwise the next file would take its place; a file that grows too large is an error, not the end; and a signal
-    that ends the process removes the file that is being written aside.
+/** Call this before anything is opened. After it: writing to a standard stream that was closed fails, and no later file
+    takes its number; a file that grows too large is an error and does not end the process; a signal that ends the
+    process also removes the unfinished file.
 */
 void prepareProcessForWriting() noexcept;
 

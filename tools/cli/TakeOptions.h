@@ -13,7 +13,7 @@ namespace pulsewright::cli
 {
 
 /** The take of --code or of the defaults, with what the options replace of it.
-    @param kind  a groove of a song's code is its first section, a song of a groove's the one beside it
+    @param kind  groove: of a song's code the first section; song: of a groove's code the song with the same settings and counter
     @throws BadArgument
 */
 Take takeFrom (const CommandLine& line, Take::Kind kind);

@@ -138,7 +138,7 @@ namespace
 
     std::string codeLine (const std::optional<std::string>& code)
     {
-        return "\n" + code.value_or ("This has no code: it was mutated, or has a seed of its own.") + "\n";
+        return "\n" + code.value_or ("No code: --mutate, --seed or --salt 0 makes music that no take number makes.") + "\n";
     }
 
     //==============================================================================

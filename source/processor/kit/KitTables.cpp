@@ -55,7 +55,8 @@ double advanced (double time, double step, std::int64_t count) noexcept
         {
             const auto end    = std::bit_cast<double> ((std::bit_cast<std::uint64_t> (time) & exponentBits) + oneUp); // the next power of two
             const auto wanted = static_cast<double> (count);
-            leaps = time + grown * (wanted + 2.0) < end ? wanted : std::floor (std::min ((end - time) / grown - 2.0, wanted)); // some to spare
+            // The 2.0 is two steps of safety margin.
+            leaps = time + grown * (wanted + 2.0) < end ? wanted : std::floor (std::min ((end - time) / grown - 2.0, wanted));
         }
 
         if (leaps >= 1.0)
@@ -78,7 +79,7 @@ KitTables::KitTables (double sampleRate) : sampleInterval (1.0 / std::min (1e12,
     for (int kit = 0; kit < midiOnly; ++kit)
         for (int note = 0; note < 128; ++note)
             if (const double rate = DrumSound::of (note, kit).decayRate; numCurves == 0 || curveOf (rate).rate != rate)
-                curves.at (numCurves++).rate = rate; // a kit too many shows at once
+                curves.at (numCurves++).rate = rate; // `at` throws when there are more decay rates than curves
 
     for (std::size_t i = 0; i < numCurves; ++i)
     {

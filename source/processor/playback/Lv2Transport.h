@@ -24,8 +24,8 @@ namespace pulsewright
     - After a jump in samples the beat is the one that the host names, or else sample times tempo, as if the
       tempo had been the same since the start.
     - Some hosts (Qtractor) name the beat of the bar, whole, from 1, where the standard asks for the beat since the
-      start. Such a beat is not taken; it shows by the bar that is named beside it.
-    - A tempo that the host does not name is the last one that it named since the last jump, or else the caller's.
+      start. Such a beat is not taken; it is recognised by the bar number that the host gives with it.
+    - A tempo that the host does not name is the last one that it named since the last jump, or else `fallbackTempo`.
 
     Thread: audio. Blocks: never. Allocates: never.
 */

@@ -43,7 +43,7 @@ BlockWindow TransportContinuity::join (BlockWindow window, const std::optional<H
     }
     else if (isRolling && loop && playedUntil >= loop->end - largestRounding && isSamePlace (playedUntil - loop->length()))
     {
-        // What the last block has left of the loop is other music than what stands before the loop's start.
+        // The unplayed end of the loop is not the music directly before the loop's start, so it is played separately.
         window.remainder = { playedUntil, loop->end };
         window.from      = std::max (playedUntil - loop->length(), loop->start);
     }
@@ -53,7 +53,7 @@ BlockWindow TransportContinuity::join (BlockWindow window, const std::optional<H
         window.from             = std::abs (difference) <= largestRounding ? window.start - difference : window.start;
     }
 
-    // What has been played stays played.
+    // Never play a beat twice.
     playedUntil = std::max (window.from, window.end);
     isRolling   = true;
     return window;

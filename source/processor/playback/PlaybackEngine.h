@@ -54,10 +54,10 @@ BlockWindow windowAt (double startBeat, double tempoBpm, double sampleRate, int 
 /** Joins the blocks of a host whose positions are rounded.
 
     Many hosts give each block's position with a rounding of their own, so that it does not quite equal the end of
-    the block before. A difference of at most 1/960 beat is taken up by playing from where the last block ended; a
-    larger one is a jump, and the block is played as it stands. The difference is taken as it stands, across the
-    host's loop, or modulo the pattern's length. A block that ends at most 1/960 beat behind the host's loop ends
-    with the loop.
+    the block before. A difference of at most 1/960 beat is removed: the block starts where the last one ended. A
+    larger one is a jump: the block starts at the host's beat. The difference is measured directly, across the host's
+    loop, and modulo the pattern's length; one of the three must be small. A block that ends at most 1/960 beat behind
+    the host's loop ends with the loop.
 
     Thread: audio. Blocks: never. Allocates: never.
 */

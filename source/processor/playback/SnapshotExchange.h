@@ -19,8 +19,8 @@ namespace pulsewright
     The reader marks the span in which it uses a snapshot by counting: odd while it reads, even
     between two readings. The publisher swaps the pointer first and looks at the count afterwards.
     If the count is even, every later reading sees the new pointer and the old snapshot can go at
-    once; if it is odd, the old one waits until the count has moved on. All four accesses take part
-    in one sequentially consistent order, which is what makes the two halves of that argument meet.
+    once; if it is odd, the old one waits until the count has moved on. All four accesses are
+    sequentially consistent; the argument needs that.
 */
 template <typename Snapshot>
 class SnapshotExchange
