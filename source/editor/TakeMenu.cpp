@@ -142,9 +142,16 @@ void TakeMenu::loadPreset()
 
 void TakeMenu::complain (const juce::String& title, const juce::String& text)
 {
-    message = juce::AlertWindow::showScopedAsync (
-        juce::MessageBoxOptions::makeOptionsOk (juce::MessageBoxIconType::WarningIcon, title, text, {}, &window).withParentComponent (&window),
-        nullptr);
+    // A menu that has closed hands the keyboard back where it was; the message opens after that, and takes it.
+    juce::MessageManager::callAsync (
+        [self = juce::WeakReference (this), title, text]
+        {
+            if (self == nullptr)
+                return;
+
+            const auto options = juce::MessageBoxOptions::makeOptionsOk (juce::MessageBoxIconType::WarningIcon, title, text, {}, &self->window);
+            self->message      = juce::AlertWindow::showScopedAsync (options.withParentComponent (&self->window), nullptr);
+        });
 }
 
 } // namespace pulsewright
