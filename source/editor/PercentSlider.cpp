@@ -5,8 +5,6 @@
 
 #include "processor/Parameters.h"
 
-#include <algorithm>
-
 namespace pulsewright
 {
 
@@ -44,14 +42,13 @@ bool PercentSlider::keyPressed (const juce::KeyPress& key)
     return true;
 }
 
-bool PercentSlider::isBeingTyped() const
+juce::TextEditor* PercentSlider::typedInto() const
 {
-    return std::ranges::any_of (getChildren(),
-                                [] (const auto* child)
-                                {
-                                    const auto* number = dynamic_cast<const juce::Label*> (child);
-                                    return number != nullptr && number->isBeingEdited();
-                                });
+    for (auto* child : getChildren())
+        if (const auto* number = dynamic_cast<const juce::Label*> (child); number != nullptr && number->isBeingEdited())
+            return number->getCurrentTextEditor();
+
+    return nullptr;
 }
 
 void PercentSlider::lookAndFeelChanged()

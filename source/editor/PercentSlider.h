@@ -27,7 +27,10 @@ public:
     void mouseDown (const juce::MouseEvent& event) override;
 
     /** Whether a number is being typed. */
-    bool isBeingTyped() const;
+    bool isBeingTyped() const { return typedInto() != nullptr; }
+
+    /** The field that a number is being typed into, or null. */
+    juce::TextEditor* typedInto() const;
 
     void lookAndFeelChanged() override;
 };

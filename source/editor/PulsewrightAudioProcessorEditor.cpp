@@ -321,6 +321,9 @@ void PulsewrightAudioProcessorEditor::refreshStatus()
 //==============================================================================
 void PulsewrightAudioProcessorEditor::globalFocusChanged (juce::Component* focused)
 {
+    if (focused == this)
+        returnToTypedNumber();
+
     const auto control = std::find_if (focusOrder.begin(), focusOrder.end(), [focused] (auto* c) { return c == focused || c->isParentOf (focused); });
 
     const auto outline = isNavigatedByKeyboard && control != focusOrder.end() ? (*control)->getBounds() : juce::Rectangle<int>();
@@ -350,6 +353,22 @@ bool PulsewrightAudioProcessorEditor::isKeyboardWanted() const
 
     // JUCE's own dialogs open inside the window.
     return isNavigatedByKeyboard || isParentOf (getCurrentlyModalComponent()) || std::ranges::any_of (focusOrder, isOpen);
+}
+
+// JUCE gives the keyboard that X11 hands to the window to whoever had it last: to the editor, which has left it to the
+// host, also when a number has just been opened.
+void PulsewrightAudioProcessorEditor::returnToTypedNumber()
+{
+    juce::MessageManager::callAsync (
+        [safeThis = SafePointer (this)]
+        {
+            if (safeThis == nullptr || getCurrentlyFocusedComponent() != safeThis)
+                return;
+
+            for (auto* control : safeThis->focusOrder)
+                if (const auto* slider = dynamic_cast<PercentSlider*> (control); slider != nullptr && slider->isBeingTyped())
+                    slider->typedInto()->grabKeyboardFocus();
+        });
 }
 
 void PulsewrightAudioProcessorEditor::leaveKeyboard()
@@ -435,7 +454,14 @@ void PulsewrightAudioProcessorEditor::mouseDown (const juce::MouseEvent& event)
         return;
 
     if (event.eventComponent == this || event.eventComponent == &statusLabel || event.eventComponent == &patternGrid)
-        return takeMenu.show (event.getEventRelativeTo (this).getPosition());
+    {
+        takeMenu.show (event.getEventRelativeTo (this).getPosition());
+
+        if (auto* peer = getPeer())
+            peer->grabFocus(); // for its arrow keys and escape
+
+        return;
+    }
 
     if (getHostContext() == nullptr)
         return;

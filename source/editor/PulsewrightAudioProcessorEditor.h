@@ -118,6 +118,7 @@ private:
     void navigateByKeyboard (bool byKeyboard);
     bool isKeyboardWanted() const;
     void leaveKeyboard();
+    void returnToTypedNumber();
 
     // What the timer keeps current.
     void timerCallback() override;
