@@ -77,11 +77,9 @@ struct HostKeyboard::X11
         return ! active.success || active.numItems == 0 || *reinterpret_cast<const ::Window*> (active.data) == 0;
     }
 
-    // The window that had the keyboard may be closed; X11 would report an error, which ends most hosts.
+    // The window that had the keyboard may be closed; windowChanged() has seen to the error that X11 would report.
     static void giveTo (::Window owner)
     {
-        ignoreX11ErrorsOfOurConnection();
-
         const juce::XWindowSystemUtilities::ScopedXLock lock;
         setInputFocus (display(), owner, RevertToParent, CurrentTime);
         functions().xFlush (display());
@@ -105,7 +103,13 @@ void HostKeyboard::windowChanged()
     window = formerOwner = 0;
     getsKeys             = true;
 
-    if (present == 0 || ! X11::isInsideAnother (present))
+    if (present == 0)
+        return;
+
+    // Hosts take windows away while they are asked about, and in most an error of X11 ends the process.
+    ignoreX11ErrorsOfOurConnection();
+
+    if (! X11::isInsideAnother (present))
         return;
 
     window = present;
