@@ -33,3 +33,11 @@ mend (ui.ttl "\t\topts:interface ,\n\t\topts:options ;" "\t\topts:options ;")
 
 # The one program is the plug-in as it opens; it has no name and needs no preset.
 mend (manifest.ttl "<[^>]*:preset1>.*\\] \\.\n" "")
+
+# The presets set the plug-in's state, a property that JUCE uses and does not describe.
+file (APPEND "${BUNDLE}/dsp.ttl" "
+plug:StateString
+	a rdf:Property ;
+	rdfs:label \"State\" ;
+	rdfs:comment \"What the plug-in saves, as text: its length, a dot, and its bytes in JUCE's variant of base64\" .
+")
