@@ -329,9 +329,10 @@ def main(host, bundle, tool):
             except Failure as failure:
                 print(f"FAILED: {failure}")
                 log = scratch / "jackd.log"
-                if is_last or not log.exists() or "XRun" not in log.read_text(errors="replace"):
+                is_busy = "JACK server has been closed" in str(failure) or log.exists() and "XRun" in log.read_text(errors="replace")
+                if is_last or not is_busy:
                     return 1
-                print("JACK lost cycles, as it does on a busy machine: tried again")
+                print("JACK lost cycles or its clients, as it does on a busy machine: tried again with another server")
     return 1
 
 
