@@ -168,12 +168,10 @@ void BlockPlayer::filterIncoming (const juce::MidiBuffer& incoming)
 template <typename Sink>
 void BlockPlayer::followHost (const Said& said, int numSamples, Sink&& sink) noexcept
 {
-    const auto position = said.hasValue() ? std::make_optional (positionOf (*said)) : std::nullopt;
-
     if (keepsTransport)
-        transport.follow (position, numSamples, sampleRate, effectiveBpm(), sink);
+        transport.follow (said.hasValue() ? std::make_optional (positionOf (*said)) : std::nullopt, numSamples, sampleRate, effectiveBpm(), sink);
     else
-        sink (HostStretch { 0, numSamples, position.value_or (HostPosition {}) });
+        sink (HostStretch { 0, numSamples, said.hasValue() ? positionOf (*said) : HostPosition {} });
 }
 
 void BlockPlayer::addEvents (const PlaybackSnapshot& music, const Said& said, int numSamples)
