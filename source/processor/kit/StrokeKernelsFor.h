@@ -103,7 +103,7 @@ private:
     }
 
     /** The same sum, bit for bit, of a step that stays. Between two powers of two all doubles are equally far apart, and it
-        grows by a constant, as in advanced(): there every sum is a product away.
+        grows by a constant, as in advanced(): each sum is then one multiplication and one addition.
     */
     static void fillSteadyPhases (double& phase, float* phases, int numSamples, double step) noexcept
     {
@@ -133,13 +133,13 @@ private:
         clear (phases + numSamples);
     }
 
-    /** The sine of 0 to some 30000 radians, off by at most 2e-7. Branches would look at neighbours in the
-        vector, and which samples are neighbours depends on the host's blocks.
+    /** The sine of 0 to some 30000 radians, off by at most 2e-7. There are no branches: a branch would
+        depend on the other samples of the vector, and which samples share a vector depends on the host's blocks.
     */
     static Floats sine (const Floats& x) noexcept
     {
-        // Down to a quarter turn either way of the nearest multiple of pi, which is taken off in parts that
-        // leave exact products.
+        // The nearest multiple of pi is subtracted, in three parts whose products are exact; what is left is at most a
+        // quarter turn.
         constexpr float first  = 3.140625f;
         constexpr float second = 0.0009670257568359375f;
         constexpr auto third   = static_cast<float> (std::numbers::pi - static_cast<double> (first) - static_cast<double> (second));
