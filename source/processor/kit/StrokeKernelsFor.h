@@ -25,11 +25,6 @@ private:
     using Floats  = xsimd::batch<float, Architecture>;
     using Scratch = float[cellSize + cellPadding];
 
-    struct Places
-    {
-        float of[static_cast<int> (Floats::size)];
-    };
-
     static constexpr double twoPi = 2.0 * std::numbers::pi;
 
     static constexpr int width = static_cast<int> (Floats::size);
@@ -56,6 +51,20 @@ private:
     };
 
     static constexpr NoiseSteps noiseSteps {};
+
+    // 0, 1, 2 and so on: each sample's place in a vector.
+    struct Places
+    {
+        float of[static_cast<int> (Floats::size)] {};
+
+        constexpr Places() noexcept
+        {
+            for (int i = 0; i < width; ++i)
+                of[i] = static_cast<float> (i);
+        }
+    };
+
+    static constexpr Places places {};
 
     static int paddedTo (int count, int multiple) noexcept { return (count + multiple - 1) / multiple * multiple; }
 
@@ -168,14 +177,6 @@ private:
     template <typename SoundAt>
     static void addSamples (const StrokePiece& piece, float* left, float* right, int numSamples, SoundAt&& soundAt) noexcept
     {
-        static constexpr auto places = []
-        {
-            Places p {};
-            for (int i = 0; i < width; ++i)
-                p.of[i] = static_cast<float> (i);
-            return p;
-        }();
-
         const Floats velocity (piece.velocity), gain (DrumSound::gain), leftGain (1.0f - piece.sound.pan), rightGain (1.0f + piece.sound.pan);
 
         const auto add = [&] (int k, const Floats& sound)
@@ -254,7 +255,7 @@ private:
                     });
     }
 
-    static void addStroke (const StrokePiece& piece, StrokeState& state, float* left, float* right, int numSamples)
+    static void addStroke (const StrokePiece& piece, StrokeState& state, float* left, float* right, int numSamples) PULSEWRIGHT_NONBLOCKING
     {
         switch (piece.sound.source)
         {
@@ -264,7 +265,7 @@ private:
         }
     }
 
-    static void saturate (float* samples, int numSamples)
+    static void saturate (float* samples, int numSamples) PULSEWRIGHT_NONBLOCKING
     {
         for (int k = 0; k < numSamples; k += width)
             xsimd::tanh (load (samples + k)).store_unaligned (samples + k);
