@@ -4,6 +4,7 @@
 #include "MidiTakes.h"
 
 #include "InputFile.h"
+#include "LongSearch.h"
 #include "OutputFile.h"
 #include "TakeOptions.h"
 
@@ -124,7 +125,15 @@ std::string codeOfMidiFile (const CommandLine& line, std::string_view bytes)
     if (songBarsOf (song) != bars)
         song.songBars = bars;
 
+    LongSearch terminal;
+
     for (std::uint64_t counter = first; counter <= last; ++counter)
+    {
+        if (terminal.stop())
+            throw Interrupted ("Stopped after " + std::to_string (counter - first) + " takes; none of them plays this file");
+
+        terminal.show (static_cast<double> (counter - first) / (static_cast<double> (last - first) + 1.0));
+
         for (auto* take : { &groove, &song })
         {
             take->counter       = static_cast<std::uint32_t> (counter);
@@ -133,6 +142,7 @@ std::string codeOfMidiFile (const CommandLine& line, std::string_view bytes)
             if ((take == &groove || bars >= SongBuilder::minBars) && isSame (file, fileOf (*take)))
                 return codeOf (*take).value_or ("");
         }
+    }
 
     return {};
 }
