@@ -100,7 +100,8 @@ target_link_libraries (Pulsewright
         pulsewright_export
         pulsewright_kit
         pulsewright_playback
-        pulsewright_preset)
+        pulsewright_preset
+        pulsewright_session)
 
 # For tools and tests: the library, with the headers and the definitions that it was built with. The
 # modules are not compiled again. (The wrappers bring definitions of their own and link it as it is.)

@@ -23,7 +23,7 @@ def room_of(path, table):
 
 
 def complaints(table):
-    for path in sorted(each for folder in ("source", "tools") for each in (ROOT / folder).rglob("*.[ch]*")):
+    for path in sorted(each for folder in ("source", "tools", "web") for each in (ROOT / folder).rglob("*.[ch]*")):
         allowed, knows_juce = table.get(room := room_of(path, table), ((), False))
         if room is None:
             yield f"{path.relative_to(ROOT)} is in no room"

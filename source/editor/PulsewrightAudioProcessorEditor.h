@@ -151,7 +151,7 @@ private:
     // Restores as of the last tick and the one before: what moves the knobs in between is their echo.
     std::uint32_t restoresAtLastTick = 0, restoresSettled = 0;
 
-    PulsewrightAudioProcessor::SongForm formSeen; // that a song was built for last, or that the window opened on
+    Session::SongForm formSeen; // that a song was built for last, or that the window opened on
 
     X11Survival survival;
     std::vector<juce::Component*> focusOrder; // in which the controls were added

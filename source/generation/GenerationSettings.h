@@ -98,10 +98,11 @@ static_assert (allSettings.back().field != nullptr, "numValues counts more value
 /** The row of a field. */
 constexpr const Setting& settingOf (float GenerationSettings::*field) noexcept
 {
-    return *std::ranges::find (allSettings, field, &Setting::field);
+    return *std::find_if (allSettings.begin(), allSettings.end(), [field] (const auto& setting) { return setting.field == field; });
 }
 
-inline constexpr auto numMacros = static_cast<std::size_t> (std::ranges::count_if (allSettings, &Setting::isMacro));
+inline constexpr auto numMacros =
+    static_cast<std::size_t> (std::count_if (allSettings.begin(), allSettings.end(), [] (const auto& setting) { return setting.isMacro; }));
 
 /** The steps that the controls move in. */
 inline constexpr float settingInterval = 0.001f;

@@ -36,7 +36,8 @@ namespace
 
     bool hasLaterDefaults (const GenerationSettings& settings) noexcept
     {
-        return std::ranges::all_of (laterSettings, [&] (const auto& setting) { return settings.*setting.field == defaultOf (setting); });
+        const auto hasDefault = [&] (const auto& setting) { return settings.*setting.field == defaultOf (setting); };
+        return std::all_of (laterSettings.begin(), laterSettings.end(), hasDefault);
     }
 
     //==============================================================================
@@ -224,7 +225,7 @@ namespace
                 slips.push_back ({ change, place, difference });
             }
 
-        std::ranges::sort (slips, {}, &Slip::change);
+        std::sort (slips.begin(), slips.end(), [] (const auto& a, const auto& b) { return a.change < b.change; });
         return slips;
     }
 
@@ -234,7 +235,8 @@ namespace
         const auto slips  = allSlips();
         const auto search = [&slips] (std::uint32_t wanted)
         {
-            const auto found = std::ranges::lower_bound (slips, wanted, {}, &Slip::change);
+            const auto found =
+                std::lower_bound (slips.begin(), slips.end(), wanted, [] (const auto& slip, auto change) { return slip.change < change; });
             return found != slips.end() && found->change == wanted ? &*found : nullptr;
         };
 

@@ -59,7 +59,7 @@ void TakeHistory::follow (KeptTake remade)
 
 const KeptTake* TakeHistory::bringBack (std::uint32_t id)
 {
-    const auto found = std::ranges::find (kept, id, &KeptTake::id);
+    const auto found = std::find_if (kept.begin(), kept.end(), [id] (const auto& take) { return take.id == id; });
 
     if (found == kept.end())
         return nullptr;

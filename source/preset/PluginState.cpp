@@ -10,19 +10,27 @@
 #include "generation/SongBuilder.h"
 
 #include <algorithm>
-#include <array>
-#include <charconv>
+#include <cmath>
+#include <cstdint>
 
 namespace pulsewright
 {
 
 namespace
 {
-    /** The fewest digits that read back as the same number, whatever the locale. */
+    /** The fewest digits that read back as the same number, whatever the locale. The page's standard library writes no floats
+        by itself. @param value  an index, or a setting in its steps
+    */
     std::string textOf (float value)
     {
-        std::array<char, 32> digits {};
-        return { digits.data(), std::to_chars (digits.data(), digits.data() + digits.size(), value).ptr };
+        std::int64_t parts = 1; // of one
+        const auto counted = [&] { return std::llround (static_cast<double> (value) * static_cast<double> (parts)); };
+
+        while (static_cast<float> (static_cast<double> (counted()) / static_cast<double> (parts)) != value)
+            parts *= 10;
+
+        const auto whole = std::to_string (counted() / parts);
+        return parts == 1 ? whole : whole + '.' + std::to_string (parts + counted() % parts).substr (1);
     }
 
     std::string parameterText (std::string_view id, auto value)
@@ -38,7 +46,7 @@ namespace
 
     std::string parametersText (const Take& take)
     {
-        const auto length = std::ranges::find (patternLengths, take.bars) - patternLengths.begin();
+        const auto length = std::find (patternLengths.begin(), patternLengths.end(), take.bars) - patternLengths.begin();
         namespace id      = parameterID;
 
         auto text = parameterText (id::genre, take.settings.genre) + parameterText (id::playMode, take.kind)

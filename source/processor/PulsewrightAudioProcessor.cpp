@@ -6,6 +6,7 @@
 #include "SavedState.h"
 
 #include "generation/SongBuilder.h"
+#include "session/MacroNudges.h"
 
 #include <algorithm>
 
@@ -18,78 +19,22 @@ PulsewrightAudioProcessor::PulsewrightAudioProcessor()
       parameters (*this, nullptr, SavedState::type, createParameterLayout()),
       values (parameters)
 {
-    openWithVerse();
+    session.open (choices(), 0);
+    publishPlaybackData();
 }
 
 //==============================================================================
-void PulsewrightAudioProcessor::refreshSettings()
+Choices PulsewrightAudioProcessor::choices() const
 {
-    settings.genre = values.genre();
-    settings.setValues (values.settingsValues());
-}
-
-void PulsewrightAudioProcessor::takeNextSalt()
-{
-    counter       = seedCounter.fetch_add (1);
-    settings.seed = saltOf (counter);
-}
-
-Take PulsewrightAudioProcessor::takeOfSettings (Take::Kind kind) const
-{
-    Take take { .kind = kind, .counter = counter, .settings = settings };
-
-    if (kind == Take::Kind::groove)
-    {
-        take.section = pattern.sectionType;
-        take.bars    = pattern.bars;
-    }
-
-    take.structure = values.songStructure();
-    take.duration  = values.songDuration();
-    take.tempo     = getEffectiveBpm();
-    take.kit       = static_cast<std::uint32_t> (values.soundKit());
-    return take;
-}
-
-KeptTake PulsewrightAudioProcessor::keptTake (KeptTake::Origin origin) const
-{
-    return { origin, takeOfSettings (madeLast), std::make_shared<const DrumPattern> (pattern), song, patternTake, songTake, 0 };
-}
-
-void PulsewrightAudioProcessor::buildSongFromSettings()
-{
-    songForm = { settings.genre, values.songDuration(), values.songStructure() };
-    song     = std::make_shared<const SongArrangement> (SongBuilder::buildSong (settings, getSongBarCount (getEffectiveBpm()), songForm.structure));
-    songTake = takeOfSettings (Take::Kind::song);
-    broughtBack.reset();
-}
-
-void PulsewrightAudioProcessor::generate (SectionType type, std::int32_t bars)
-{
-    pattern     = GrooveGenerator::generate (settings, type, bars, 0);
-    patternTake = takeOfSettings (Take::Kind::groove);
-    broughtBack.reset();
-}
-
-void PulsewrightAudioProcessor::showSection (std::uint32_t index)
-{
-    pattern     = song->sections[index].pattern;
-    patternTake = songTake;
-
-    if (patternTake)
-        patternTake = sectionOf (*songTake, index, pattern);
-}
-
-void PulsewrightAudioProcessor::openWithVerse()
-{
-    constexpr std::int32_t openingBars = 2;
-
-    refreshSettings();
-    generate (SectionType::verse, openingBars);
-    buildSongFromSettings();
-    publishPlaybackData();
-    madeLast = Take::Kind::groove;
-    history.add (keptTake (KeptTake::Origin::opened));
+    Choices chosen;
+    chosen.settings.genre = values.genre();
+    chosen.settings.setValues (values.settingsValues());
+    chosen.patternBars = values.patternBars();
+    chosen.structure   = values.songStructure();
+    chosen.duration    = values.songDuration();
+    chosen.tempo       = getEffectiveBpm();
+    chosen.kit         = static_cast<std::uint32_t> (values.soundKit());
+    return chosen;
 }
 
 template <typename Change>
@@ -118,13 +63,9 @@ void PulsewrightAudioProcessor::generatePattern (SectionType kind)
     changeState (
         [&]
         {
-            refreshSettings();
-            takeNextSalt();
-            generate (kind, values.patternBars());
+            session.generate (choices(), kind);
             player.forgetTrigger();
             publishPattern();
-            madeLast = Take::Kind::groove;
-            history.add (keptTake (KeptTake::Origin::generated));
         });
 }
 
@@ -138,23 +79,17 @@ void PulsewrightAudioProcessor::mutatePattern()
         {
             // The nudges call the host under the lock: nobody may change the material between them
             // and the mutation. The lock is recursive, so a host may call back.
-            const auto seed = ++seedCounter;
+            const auto seed = session.takeMutationSeed();
             nudgeMacros (seed);
-            refreshSettings();
-
-            pattern = GrooveGenerator::mutate (settings, pattern, currentLocks(), seed);
-            patternTake.reset();
-            broughtBack.reset();
+            session.mutate (choices(), currentLocks(), seed);
             player.forgetTrigger();
             publishPattern();
-            madeLast = Take::Kind::groove;
-            history.add (keptTake (KeptTake::Origin::mutated));
         });
 }
 
 void PulsewrightAudioProcessor::nudgeMacros (std::uint32_t seed)
 {
-    juce::Random random (static_cast<juce::int64> (seed));
+    MacroNudges nudges (seed);
 
     for (const auto& setting : allSettings)
     {
@@ -164,16 +99,9 @@ void PulsewrightAudioProcessor::nudgeMacros (std::uint32_t seed)
             continue;
 
         const float current = parameter->convertFrom0to1 (juce::jlimit (0.0f, 1.0f, parameter->getValue()));
-        const float amount  = random.nextFloat() * 0.15f + 0.05f;
-        const float step    = random.nextBool() ? amount : -amount;
-
-        // A step over the edge is taken the other way: clipping would pile the values up at the ends.
-        const float candidate = current + step;
-        const bool overshoots = candidate < 0.0f || candidate > 1.0f;
-        const float nudged    = juce::jlimit (0.0f, 1.0f, overshoots ? current - step : candidate);
 
         parameter->beginChangeGesture();
-        parameter->setValueNotifyingHost (parameter->convertTo0to1 (nudged));
+        parameter->setValueNotifyingHost (parameter->convertTo0to1 (nudges.nudged (current)));
         parameter->endChangeGesture();
     }
 }
@@ -183,11 +111,8 @@ void PulsewrightAudioProcessor::regeneratePattern()
     changeMaterial (
         [&]
         {
-            refreshSettings();
-            generate (pattern.sectionType, pattern.bars);
-            buildSongFromSettings();
+            session.regenerate (choices());
             publishPlaybackData();
-            history.follow (keptTake (KeptTake::Origin::generated));
         });
 }
 
@@ -196,17 +121,9 @@ void PulsewrightAudioProcessor::buildSong()
     changeState (
         [&]
         {
-            refreshSettings();
-            takeNextSalt();
-            buildSongFromSettings();
-
-            if (! song->sections.empty())
-                showSection (0);
-
+            session.buildSong (choices());
             player.forgetTrigger();
             publishPlaybackData();
-            madeLast = Take::Kind::song;
-            history.add (keptTake (KeptTake::Origin::generated));
         });
 }
 
@@ -215,10 +132,9 @@ void PulsewrightAudioProcessor::selectSection (int index)
     {
         const juce::ScopedLock lock (dataLock);
 
-        if (! juce::isPositiveAndBelow (index, static_cast<int> (song->sections.size())))
+        if (index < 0 || ! session.selectSection (static_cast<std::size_t> (index)))
             return;
 
-        showSection (static_cast<std::uint32_t> (index));
         player.forgetTrigger();
         publishPattern();
         ++changeCounter;
@@ -232,11 +148,7 @@ void PulsewrightAudioProcessor::setMaterial (DrumPattern newPattern, SongArrange
     changeMaterial (
         [&]
         {
-            pattern = std::move (newPattern);
-            song    = std::make_shared<const SongArrangement> (std::move (newSong));
-            patternTake.reset();
-            songTake.reset();
-            broughtBack.reset();
+            session.setMaterial (std::move (newPattern), std::move (newSong));
             player.forgetTrigger();
             publishPlaybackData();
         });
@@ -250,9 +162,8 @@ void PulsewrightAudioProcessor::rebuildFromCounter()
     changeMaterial (
         [&]
         {
-            counter       = seedCounter.load();
-            settings.seed = saltOf (counter);
-            openWithVerse();
+            session.open (choices(), session.nextTake());
+            publishPlaybackData();
         });
 }
 
@@ -290,50 +201,28 @@ void PulsewrightAudioProcessor::setParametersOf (const Take& take)
     set (parameterID::playMode, take.kind);
 }
 
-void PulsewrightAudioProcessor::show (const KeptTake& kept)
-{
-    settings    = kept.take.settings;
-    broughtBack = settings;
-    counter     = kept.take.counter;
-    madeLast    = kept.take.kind;
-    pattern     = *kept.pattern;
-    song        = kept.song;
-    songForm    = { settings.genre, kept.take.duration, kept.take.structure };
-    patternTake = kept.patternTake;
-    songTake    = kept.songTake;
-    player.forgetTrigger();
-    publishPlaybackData();
-}
-
 void PulsewrightAudioProcessor::playTake (const Take& take)
 {
-    KeptTake pasted;
-    pasted.origin      = KeptTake::Origin::pasted;
-    pasted.take        = take;
-    pasted.pattern     = std::make_shared<const DrumPattern> (patternOf (take));
-    pasted.song        = std::make_shared<const SongArrangement> (songOf (take));
-    pasted.patternTake = take.kind == Take::Kind::groove ? take : sectionOf (take, 0, *pasted.pattern);
-    pasted.songTake    = songBeside (take);
+    const auto pasted = Session::made (take);
 
     const Restore underway (*this);
     setParametersOf (take);
     changeMaterial (
         [&]
         {
-            seedCounter = take.counter + 1;
-            show (pasted);
-            history.add (pasted);
+            session.playPasted (pasted);
+            player.forgetTrigger();
+            publishPlaybackData();
         });
     tellHostStateChanged();
 }
 
 bool PulsewrightAudioProcessor::playEarlierTake (std::uint32_t id)
 {
-    const auto kept = [&]() -> std::optional<KeptTake>
+    const auto kept = [&]
     {
         const juce::ScopedLock lock (dataLock);
-        const auto* found = history.bringBack (id);
-        return found != nullptr ? std::optional (*found) : std::nullopt;
+        return session.bringBack (id);
     }();
 
     if (! kept)
@@ -341,7 +230,13 @@ bool PulsewrightAudioProcessor::playEarlierTake (std::uint32_t id)
 
     const Restore underway (*this);
     setParametersOf (kept->take);
-    changeMaterial ([&] { show (*kept); });
+    changeMaterial (
+        [&]
+        {
+            session.playAgain (*kept);
+            player.forgetTrigger();
+            publishPlaybackData();
+        });
     tellHostStateChanged();
     return true;
 }
@@ -349,13 +244,13 @@ bool PulsewrightAudioProcessor::playEarlierTake (std::uint32_t id)
 std::deque<KeptTake> PulsewrightAudioProcessor::getEarlierTakes() const
 {
     const juce::ScopedLock lock (dataLock);
-    return history.takes();
+    return session.earlierTakes();
 }
 
 std::optional<Take> PulsewrightAudioProcessor::getChosenTake() const
 {
     const juce::ScopedLock lock (dataLock);
-    auto take = values.playsFullSong() ? songTake : patternTake;
+    auto take = session.takeOf (values.playsFullSong() ? Take::Kind::song : Take::Kind::groove);
 
     if (take)
         take->kit = static_cast<std::uint32_t> (values.soundKit());
@@ -366,26 +261,20 @@ std::optional<Take> PulsewrightAudioProcessor::getChosenTake() const
 bool PulsewrightAudioProcessor::isAsBroughtBack() const
 {
     const juce::ScopedLock lock (dataLock);
-
-    if (! broughtBack)
-        return false;
-
-    auto chosen  = *broughtBack;
-    chosen.genre = values.genre();
-    chosen.setValues (values.settingsValues());
-    return chosen == *broughtBack;
+    return session.isAsBroughtBack (choices().settings);
 }
 
 //==============================================================================
 void PulsewrightAudioProcessor::publishPattern()
 {
-    published.pattern = makePlaybackData (pattern.hits, pattern.lengthInBeats());
+    published.pattern = makePlaybackData (session.pattern().hits, session.pattern().lengthInBeats());
     player.publish (published);
 }
 
 void PulsewrightAudioProcessor::publishPlaybackData()
 {
-    published.song = makePlaybackData (song);
+    const auto& song = session.song();
+    published.song   = makePlaybackData (song);
 
     for (std::size_t slot = 0; slot < published.sections.size(); ++slot)
         published.sections[slot] = slot < song->sections.size() ? makePlaybackData (song, slot) : nullptr;
@@ -396,19 +285,19 @@ void PulsewrightAudioProcessor::publishPlaybackData()
 DrumPattern PulsewrightAudioProcessor::getPattern() const
 {
     const juce::ScopedLock lock (dataLock);
-    return pattern;
+    return session.pattern();
 }
 
 SongArrangement PulsewrightAudioProcessor::getSong() const
 {
     const juce::ScopedLock lock (dataLock);
-    return *song;
+    return *session.song();
 }
 
 bool PulsewrightAudioProcessor::isSongAsChosen() const
 {
     const juce::ScopedLock lock (dataLock);
-    return songForm == getChosenForm();
+    return session.isSongAsChosen (choices());
 }
 
 //==============================================================================
@@ -449,7 +338,7 @@ PulsewrightAudioProcessor::SongLength PulsewrightAudioProcessor::getChosenSongLe
 //==============================================================================
 void PulsewrightAudioProcessor::getStateInformation (juce::MemoryBlock& destination)
 {
-    SavedState { .seedCounter = seedCounter.load(), .locks = currentLocks(), .parameters = parameters.copyState() }.write (destination);
+    SavedState { .seedCounter = session.nextTake(), .locks = currentLocks(), .parameters = parameters.copyState() }.write (destination);
 }
 
 void PulsewrightAudioProcessor::setStateInformation (const void* data, int size)
@@ -460,7 +349,7 @@ void PulsewrightAudioProcessor::setStateInformation (const void* data, int size)
         return;
 
     const Restore underway (*this);
-    seedCounter = state->seedCounter;
+    session.setNextTake (state->seedCounter);
 
     for (std::size_t lane = 0; lane < laneLocks.size(); ++lane)
         laneLocks[lane] = state->locks[lane];

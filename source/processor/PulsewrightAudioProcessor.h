@@ -8,9 +8,7 @@
 #include "BlockPlayer.h"
 #include "Parameters.h"
 
-#include "generation/GrooveGenerator.h"
-#include "generation/SongArrangement.h"
-#include "generation/TakeHistory.h"
+#include "session/Session.h"
 
 #include <juce_audio_processors/juce_audio_processors.h>
 
@@ -86,15 +84,7 @@ public:
     */
     bool isAsBroughtBack() const;
 
-    /** What decides which song is built. */
-    struct SongForm
-    {
-        Genre genre;
-        std::uint32_t duration, structure;
-        bool operator== (const SongForm&) const = default;
-    };
-
-    SongForm getChosenForm() const noexcept { return { values.genre(), values.songDuration(), values.songStructure() }; }
+    Session::SongForm getChosenForm() const noexcept { return { values.genre(), values.songDuration(), values.songStructure() }; }
 
     /** Whether the song is already one of the chosen form. */
     bool isSongAsChosen() const;
@@ -131,7 +121,7 @@ public:
     bool isRestoring() const noexcept { return restoresUnderway.load() > 0; }
 
     /** The number of the take that the next new pattern or song will be. */
-    std::uint32_t getSeedCounter() const noexcept { return seedCounter.load(); }
+    std::uint32_t getSeedCounter() const noexcept { return session.nextTake(); }
 
     //==============================================================================
     // What the host calls. Blocks of audio: Thread: audio. Blocks: never. Allocates: never, but for a block whose
@@ -175,19 +165,12 @@ public:
     juce::AudioProcessorValueTreeState parameters;
 
 private:
+    Choices choices() const;
+
     // Under the data lock.
-    void refreshSettings();
-    void takeNextSalt();
     void nudgeMacros (std::uint32_t seed);
-    void buildSongFromSettings();
     void publishPlaybackData();
     void publishPattern();
-    void openWithVerse(); ///< as a new or a restored instance does, and its song with it
-    void generate (SectionType type, std::int32_t bars);
-    void showSection (std::uint32_t index);
-    Take takeOfSettings (Take::Kind kind) const; ///< the last counter under the present settings
-    KeptTake keptTake (KeptTake::Origin origin) const;
-    void show (const KeptTake& kept);
     void setParametersOf (const Take& take); ///< without the lock
 
     /** While one lives, what moves the parameters is no user's action. One at a time. */
@@ -219,20 +202,11 @@ private:
 
     // under dataLock
     juce::CriticalSection dataLock;
-    GenerationSettings settings;
-    DrumPattern pattern;
-    std::shared_ptr<const SongArrangement> song = std::make_shared<const SongArrangement>(); // shared with what is published
-    SongForm songForm {};                                                                    // that the song was built to
-    std::uint32_t counter = 0;                                                               // settings.seed is its salt
-    std::optional<Take> patternTake, songTake;                                               // where they came from, if from a take
-    Take::Kind madeLast = Take::Kind::groove;
-    std::optional<GenerationSettings> broughtBack; // the settings of the take that was played again last
-    TakeHistory history;
+    Session session;            // but for its next take's number, which any thread may read
     PlaybackSnapshot published; // the publisher's copy of what is current
 
     // both, atomic
     std::array<std::atomic<bool>, laneCount> laneLocks {};
-    std::atomic<std::uint32_t> seedCounter { 1 };
     std::atomic<std::uint32_t> changeCounter { 0 };
     std::atomic<std::uint32_t> restoreCount { 0 };
     std::atomic<int> restoresUnderway { 0 };

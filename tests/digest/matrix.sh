@@ -13,7 +13,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/../.." || exit 2
 
 readonly packages=(
     g++ clang clang-19 libc++-19-dev libc++abi-19-dev locales g++-aarch64-linux-gnu g++-s390x-linux-gnu qemu-user
-    g++-mingw-w64-x86-64-posix wine wine64)
+    g++-mingw-w64-x86-64-posix wine wine64 emscripten)
 
 case "${1:-}" in
     "") ;;
@@ -98,6 +98,12 @@ done
 
 cell "64-bit Arm, Clang -O3"        equal qemu-aarch64 clang++ --target=aarch64-linux-gnu "${flags[@]}" -O3 -static
 cell "s390x, big-endian, Clang -O3" equal qemu-s390x   clang++ --target=s390x-linux-gnu "${flags[@]}" -O3 -static
+
+# A browser's machine. Its compiler is in part JavaScript, with modules from Debian's folder.
+export NODE_PATH=/usr/share/nodejs
+for options in "-O2" "-O3 -msimd128 -msse2"; do
+    cell "WebAssembly, Emscripten $options" equal "node --no-experimental-fetch" em++ "${flags[@]}" $options
+done
 
 # The digest has to see a single rounding left out; otherwise the rows above say nothing.
 cell "64-bit Arm, fused multiply-add" differs qemu-aarch64 aarch64-linux-gnu-g++ "${flags[@]}" -ffp-contract=fast -O3 -static

@@ -16,7 +16,7 @@ unset DISPLAY
 mkdir "$scratch/include" # headers alone: the rest of this system's are not for Windows
 ln -s /usr/include/{CLI,nlohmann,xsimd} "$scratch/include"
 
-for source in source/generation/*.cpp source/export/MidiFile{Reader,Writer}.cpp source/{preset,search,vectors}/*.cpp source/processor/{playback,kit}/*.cpp tools/{Progress,WavFile}.cpp tools/cli/*.cpp; do
+for source in source/generation/*.cpp source/export/MidiFile{Reader,Writer}.cpp source/{preset,search,vectors}/*.cpp source/processor/{playback,kit,audition}/*.cpp tools/{Progress,WavFile}.cpp tools/cli/*.cpp; do
     vectors=()
     case $source in
         */OutputFile.cpp|*/Program.cpp) continue ;;

@@ -11,7 +11,6 @@
 #include "generation/SongBuilder.h"
 
 #include <array>
-#include <bit>
 #include <clocale>
 #include <cmath>
 #include <cstdint>
@@ -56,7 +55,7 @@ namespace
                 hash = (hash ^ (value & 0xFFu)) * 0x00000100000001B3u;
         }
 
-        void fold (double value) { fold (std::bit_cast<std::uint64_t> (value)); }
+        void fold (double value) { fold (__builtin_bit_cast(std::uint64_t, value)); }
 
         void fold (const std::vector<std::uint8_t>& bytes)
         {

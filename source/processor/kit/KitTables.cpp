@@ -4,7 +4,6 @@
 #include "KitTables.h"
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
 
 namespace pulsewright
@@ -38,7 +37,7 @@ namespace
     }
 } // namespace
 
-double advanced (double time, double step, std::int64_t count) noexcept
+double advanced (double time, double step, std::int64_t count) PULSEWRIGHT_NONBLOCKING
 {
     constexpr auto exponentBits = std::uint64_t { 0x7FF } << 52, oneUp = std::uint64_t { 1 } << 52;
 
@@ -53,7 +52,7 @@ double advanced (double time, double step, std::int64_t count) noexcept
         // round to even, so steps may alternate; two equal steps exclude that.
         if (time > 0.0 && once - time == grown)
         {
-            const auto end    = std::bit_cast<double> ((std::bit_cast<std::uint64_t> (time) & exponentBits) + oneUp); // the next power of two
+            const auto end    = __builtin_bit_cast(double, (__builtin_bit_cast(std::uint64_t, time) & exponentBits) + oneUp); // the next power of two
             const auto wanted = static_cast<double> (count);
             // The 2.0 is two steps of safety margin.
             leaps = time + grown * (wanted + 2.0) < end ? wanted : std::floor (std::min ((end - time) / grown - 2.0, wanted));
@@ -94,7 +93,7 @@ KitTables::KitTables (double sampleRate) : sampleInterval (1.0 / std::min (1e12,
         sweep[k] = std::exp (-DrumSound::sweepRate * static_cast<double> (k) * sampleInterval);
 }
 
-const DecayCurve& KitTables::curveOf (double rate) const noexcept
+const DecayCurve& KitTables::curveOf (double rate) const PULSEWRIGHT_NONBLOCKING
 {
     std::size_t i = 0;
 
