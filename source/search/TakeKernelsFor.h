@@ -141,8 +141,8 @@ private:
                 for (std::size_t v = 0; v < vectors; ++v)
                 {
                     const auto* stroke = strokes + i;
-                    const auto bits    = xsimd::bitwise_cast<Words> (Integers::gather (numbersOfBits, position[v])) >> 8;
-                    const auto played  = xsimd::bitwise_cast<Integers> (bits) < Integers (stroke->limit);
+                    const auto bits    = __builtin_bit_cast(Words, Integers::gather (numbersOfBits, position[v])) >> 8;
+                    const auto played  = __builtin_bit_cast(Integers, bits) < Integers (stroke->limit);
                     sum[v]             = sum[v] + xsimd::select (played, Integers (stroke->weight), Integers (0));
                     position[v]        = position[v] + xsimd::select (played, Integers (whenDropped + morePlayed), Integers (whenDropped));
 

@@ -22,8 +22,9 @@ public:
     static constexpr StrokeKernels kernels (const char* name) noexcept { return { name, addStroke, saturate }; }
 
 private:
-    using Floats  = xsimd::batch<float, Architecture>;
-    using Scratch = float[cellSize + cellPadding];
+    using Floats   = xsimd::batch<float, Architecture>;
+    using Integers = xsimd::batch<std::int32_t, Architecture>;
+    using Scratch  = float[cellSize + cellPadding];
 
     static constexpr double twoPi = 2.0 * std::numbers::pi;
 
@@ -165,7 +166,8 @@ private:
             series = series * square + Floats (coefficient);
 
         const auto value = r + r * square * series;
-        return xsimd::bitwise_cast<Floats> (xsimd::bitwise_cast<xsimd::batch<std::int32_t, Architecture>> (value) ^ (multiple << 31));
+        const auto sign  = multiple << 31; // of an odd multiple
+        return __builtin_bit_cast(Floats, __builtin_bit_cast(Integers, value) ^ sign);
     }
 
     static Floats load (const float* samples) noexcept { return Floats::load_unaligned (samples); }
