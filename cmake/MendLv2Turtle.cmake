@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: AGPL-3.0-only
 
 # Mends what JUCE 8.0.6 writes about the LV2, so that LV2's own validator has nothing to say. Run after every build of
-# it: cmake -DBUNDLE=... -DLICENCE=... -DHOMEPAGE=... -P MendLv2Turtle.cmake
+# it: cmake -DBUNDLE=... -DLICENCE=... -P MendLv2Turtle.cmake
 
 # Replaces what matches. Another JUCE may write something else: then that complaint stays, and the build says so.
 function (mend file pattern replacement)
@@ -18,7 +18,6 @@ endfunction()
 
 # A maintainer and a release are a project's; a licence is missing.
 mend (dsp.ttl "\ta lv2:InstrumentPlugin ;" "\ta lv2:InstrumentPlugin , lv2:Plugin , doap:Project ;\n\tdoap:license <${LICENCE}> ;")
-mend (dsp.ttl "foaf:homepage <> ;\n\t\tfoaf:mbox <> ;" "foaf:homepage <${HOMEPAGE}> ;")
 
 # An enumeration is a port's property, and hosts want it of a parameter before they show its names.
 mend (dsp.ttl "plug:([a-z_]+)\n\ta lv2:Parameter ;\n(\trdfs:label (\"[^\n]*\") ;\n[^.]*lv2:enumeration ;)"

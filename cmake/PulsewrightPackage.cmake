@@ -4,13 +4,14 @@
 # What is installed where, and the packages that CPack makes of it: `./dev package`. The same commit gives the same
 # bytes: SOURCE_DATE_EPOCH, which the script sets, is the time of everything.
 
+set (CMAKE_INSTALL_DOCDIR share/doc/pulsewright CACHE STRING "Where the documents go")
 include (GNUInstallDirs)
 
 # Both are SOURCE_DATE_EPOCH's.
 string (TIMESTAMP PULSEWRIGHT_RELEASE_DATE "%Y-%m-%d" UTC)
 string (TIMESTAMP PULSEWRIGHT_PACKAGE_TIME "%a, %d %b %Y %H:%M:%S +0000" UTC)
 
-set (CPACK_PACKAGE_CONTACT "Tolm <pulsewright@tolm.example>")
+set (CPACK_PACKAGE_CONTACT "Tolm <${PULSEWRIGHT_EMAIL}>")
 set (packaging "${CMAKE_CURRENT_SOURCE_DIR}/packaging")
 set (packaged "${CMAKE_CURRENT_BINARY_DIR}/packaging")
 
@@ -65,23 +66,44 @@ foreach (page pulsewright.1 pulsewright-cli.1)
 endforeach()
 
 configure_file (CHANGELOG.md "${packaged}/changelog" COPYONLY)
-install_compressed ("${packaged}/changelog" share/doc/pulsewright)
+install_compressed ("${packaged}/changelog" "${CMAKE_INSTALL_DOCDIR}")
 configure_file ("${packaging}/changelog.Debian.in" "${packaged}/changelog.Debian" @ONLY)
-install_compressed ("${packaged}/changelog.Debian" share/doc/pulsewright)
+install_compressed ("${packaged}/changelog.Debian" "${CMAKE_INSTALL_DOCDIR}")
 
-file (READ "${CMAKE_CURRENT_SOURCE_DIR}/LICENSE" PULSEWRIGHT_LICENSE_TEXT)
-string (REPLACE "\n" "\n " PULSEWRIGHT_LICENSE_TEXT " ${PULSEWRIGHT_LICENSE_TEXT}") # as a paragraph of the file's field
-string (REPLACE "\n \n" "\n .\n" PULSEWRIGHT_LICENSE_TEXT "${PULSEWRIGHT_LICENSE_TEXT}")
-configure_file ("${packaging}/copyright.in" "${packaged}/copyright" @ONLY)
-install (FILES "${packaged}/copyright" docs/manual.md docs/troubles.md docs/takes.md docs/third-party.md DESTINATION share/doc/pulsewright)
-foreach (part window-1120x840 boxes sections knobs lanes grid styles export)
-    install (FILES "docs/pictures/${part}.png" DESTINATION share/doc/pulsewright/pictures)
+install (FILES debian/copyright DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+
+# The documents and their pictures. Links to what is elsewhere in the sources lead to where it is installed.
+set (documents manual.md troubles.md takes.md window.md take-code.md third-party.md)
+set (pictures window-1120x840 boxes sections knobs lanes grid styles export)
+list (TRANSFORM pictures REPLACE "(.+)" "pictures/\\1.png")
+
+foreach (document ${documents})
+    file (READ "docs/${document}" text)
+    string (REPLACE "](../CHANGELOG.md" "](changelog.gz" text "${text}")
+    string (REPLACE "](../LICENSE" "](copyright" text "${text}")
+    file (WRITE "${packaged}/${document}" "${text}")
+    install (FILES "${packaged}/${document}" DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+
+    string (REPLACE "](" "\nlink:" links "${text}")
+    string (REGEX MATCHALL "\nlink:[^)#\n]+" links "${links}")
+    list (TRANSFORM links REPLACE "\nlink:" "")
+    list (FILTER links EXCLUDE REGEX "^https:")
+    list (REMOVE_ITEM links ${documents} ${pictures} pictures changelog.gz copyright)
+
+    if (links)
+        message (FATAL_ERROR "docs/${document} is installed, and what it links to is not: ${links}")
+    endif()
+endforeach()
+
+foreach (picture ${pictures})
+    install (FILES "docs/${picture}" DESTINATION "${CMAKE_INSTALL_DOCDIR}/pictures")
 endforeach()
 
 #===============================================================================
 set (CPACK_GENERATOR DEB TGZ)
 set (CPACK_PACKAGE_NAME pulsewright)
 set (CPACK_PACKAGE_VENDOR Tolm)
+set (CPACK_PACKAGE_HOMEPAGE_URL "${PROJECT_HOMEPAGE_URL}")
 set (CPACK_PACKAGE_DESCRIPTION_SUMMARY "genre-aware drum song generator")
 set (CPACK_PACKAGE_DESCRIPTION "Pulsewright generates drum grooves and whole songs in seven styles from a
 seed, plays them in time with the host, sounds them with its own kit or drives

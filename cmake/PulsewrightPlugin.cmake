@@ -10,6 +10,8 @@ juce_add_plugin (Pulsewright
     PLUGIN_NAME "Pulsewright"
     DESCRIPTION "Genre-aware drum song generator"
     COMPANY_NAME "Tolm"
+    COMPANY_WEBSITE "${PROJECT_HOMEPAGE_URL}"
+    COMPANY_EMAIL "mailto:${PULSEWRIGHT_EMAIL}"
     BUNDLE_ID "com.tolm.pulsewright"
     PLUGIN_MANUFACTURER_CODE Tolm
     PLUGIN_CODE Pwr1
@@ -117,7 +119,7 @@ set (PULSEWRIGHT_LV2_BUNDLE "$<TARGET_FILE_DIR:Pulsewright_LV2>")
 
 add_custom_command (TARGET Pulsewright_LV2 POST_BUILD
     COMMAND "${CMAKE_COMMAND}" "-DBUNDLE=${PULSEWRIGHT_LV2_BUNDLE}" -DLICENCE=https://www.gnu.org/licenses/agpl-3.0.html
-            "-DHOMEPAGE=https://tolm.example/pulsewright" -P "${CMAKE_CURRENT_SOURCE_DIR}/cmake/MendLv2Turtle.cmake"
+            -P "${CMAKE_CURRENT_SOURCE_DIR}/cmake/MendLv2Turtle.cmake"
     COMMAND pulsewright-factory-presets lv2 "${PULSEWRIGHT_LV2_BUNDLE}"
     VERBATIM)
 
