@@ -7,7 +7,13 @@ set (JUCE_DIR "" CACHE PATH "A JUCE 8 source tree, or the folder of an installed
 option (PULSEWRIGHT_DOWNLOAD_JUCE "Download JUCE 8.0.6 from upstream where none is given or installed" OFF)
 
 if (JUCE_DIR AND EXISTS "${JUCE_DIR}/modules/juce_core/juce_core.h")
+    set (pkg_config_libdir "$ENV{PKG_CONFIG_LIBDIR}") # JUCE takes it away where it builds for another machine
     add_subdirectory ("${JUCE_DIR}" "${CMAKE_BINARY_DIR}/juce" EXCLUDE_FROM_ALL SYSTEM)
+
+    if (pkg_config_libdir)
+        set (ENV{PKG_CONFIG_LIBDIR} "${pkg_config_libdir}")
+    endif()
+
     return()
 endif()
 
