@@ -209,6 +209,11 @@ namespace
             on.chosen.patternBars = take.bars;
     }
 
+    void moveTo (Page& on, const Setting& setting, float value)
+    {
+        on.chosen.settings.*setting.field = snapPercent (value);
+    }
+
     void mutate (Page& on)
     {
         const auto seed = on.session.takeMutationSeed();
@@ -216,7 +221,7 @@ namespace
 
         for (const auto& setting : allSettings)
             if (setting.isMacro)
-                on.chosen.settings.*setting.field = snapPercent (nudges.nudged (on.chosen.settings.*setting.field));
+                moveTo (on, setting, nudges.nudged (on.chosen.settings.*setting.field));
 
         on.session.mutate (on.chosen, on.locks, seed);
     }
@@ -303,6 +308,9 @@ extern "C"
 
     EMSCRIPTEN_KEEPALIVE int pageOpen()
     {
+        for (const auto& setting : allSettings)
+            moveTo (page(), setting, page().chosen.settings.*setting.field);
+
         page().session.open (page().chosen, 0);
         return 1;
     }
@@ -330,7 +338,7 @@ extern "C"
 
     EMSCRIPTEN_KEEPALIVE int pageSetValue (int setting, double value)
     {
-        page().chosen.settings.*allSettings[static_cast<std::size_t> (setting)].field = snapPercent (static_cast<float> (value));
+        moveTo (page(), allSettings[static_cast<std::size_t> (setting)], static_cast<float> (value));
         return 1;
     }
 

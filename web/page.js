@@ -28,12 +28,14 @@ function complain (text) { at ("problem").textContent = text ?? ""; }
 const choice = (id) => state.choices[tables.choices.findIndex ((row) => row.id === id)];
 const isSong = () => choice ("play_mode") === 1;
 
-/** One operation: then everything shows what has come of it. @param what  is said, by default what is played now */
+const strokes = () => plural (state.pattern.hits.length, "stroke");
+
+/** One operation: then everything shows what has come of it. @param what  is said, by default the newest take */
 function act (operation, what)
 {
     complain (operation());
     refresh();
-    say (what?.() ?? `${state.pattern.name}, ${plural (state.pattern.bars, "bar")}, ${plural (state.pattern.hits.length, "stroke")}. ${state.takes[0].text}.`);
+    say (what?.() ?? `${state.takes[0].text}. ${state.pattern.name} has ${strokes()}.`);
 }
 
 //==============================================================================
@@ -82,7 +84,12 @@ function showSong ()
 
 function sectionButton (index)
 {
-    return made ("li", {}, made ("button", { type: "button", onclick: () => act (() => engine.run ("SelectSection", index)) }));
+    return made ("li", {}, made ("button", { type: "button", onclick: () => selectSection (index) }));
+}
+
+function selectSection (index)
+{
+    act (() => engine.run ("SelectSection", index), () => `${state.pattern.name} is the pattern now: ${plural (state.pattern.bars, "bar")}, ${strokes()}.`);
 }
 
 function showTake ()
@@ -220,9 +227,13 @@ function showHead (beat)
 
 function addControls ()
 {
+    const lanes     = tables.lanes.map (() => made ("div"));
+    const numMacros = tables.settings.findIndex ((row) => ! row.isMacro); // behind them come the lanes' probabilities
+    at ("lanes").append (...lanes);
+
     boxes   = tables.choices.map ((row, i) => addChoice (row, (index) => choose (i, index)));
-    sliders = tables.settings.map ((row, i) => addPercentage (at (row.isMacro ? "settings" : "lanes"), row, (value) => setValue (i, value)));
-    locks   = tables.lanes.map ((name, lane) => addSwitch (at ("lanes"), "lock-" + lane, `Lock ${name}`, (isOn) => setLock (lane, isOn)));
+    sliders = tables.settings.map ((row, i) => addPercentage (lanes[i - numMacros] ?? at ("settings"), row, (value) => setValue (i, value)));
+    locks   = tables.lanes.map ((name, lane) => addSwitch (lanes[lane], "lock-" + lane, `Lock ${name}`, (isOn) => setLock (lane, isOn)));
 
     Object.assign (at ("tempo"), { min: tables.minTempo, max: tables.maxTempo, onchange: setTempo });
     at ("play").onclick = togglePlay;
