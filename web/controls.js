@@ -3,7 +3,7 @@
 
 // Native controls, made of the engine's tables.
 
-/** An element with properties, attributes of the same names with a dash, and children. */
+/** An element with properties and children. */
 export function made (tag, properties = {}, ...children)
 {
     const element = Object.assign (document.createElement (tag), properties);
@@ -39,7 +39,11 @@ export function addPercentage (place, row, move)
 {
     const number = made ("output", { htmlFor: row.id });
     const slider = described (made ("input", { id: row.id, type: "range", min: 0, max: 100, step: 1 }));
-    const show = (percent) => number.textContent = slider.ariaValueText = percent + " %";
+    const show = (percent) =>
+    {
+        number.textContent = percent + " %";
+        slider.setAttribute ("aria-valuetext", number.textContent);
+    };
 
     slider.oninput = () => { show (slider.value); move (slider.value / 100); };
     place.append (made ("div", { className: "field" },
@@ -56,16 +60,20 @@ export function addSwitch (place, id, text, turn)
     return box;
 }
 
-/** A file behind a link, or none. @param bytes  a Uint8Array, or nothing */
-export function offer (link, bytes, type)
+/** A file behind a link, made when somebody reaches for it. @param make  gives its bytes; nothing when there is no file now */
+export function offer (link, make, type)
 {
-    if (link.href)
+    const placeholder = "#"; // a link without an address is out of the keyboard's reach
+
+    if (link.href.startsWith ("blob:"))
         URL.revokeObjectURL (link.href);
 
-    if (bytes)
-        link.href = URL.createObjectURL (new Blob ([bytes], { type }));
-    else
-        link.removeAttribute ("href");
+    make ? link.href = placeholder : link.removeAttribute ("href");
+    link.onpointerdown = link.onclick = () =>
+    {
+        if (make && ! link.href.startsWith ("blob:"))
+            link.href = URL.createObjectURL (new Blob ([make()], { type }));
+    };
 
     // Chromium makes a file of this when the link is dragged out of the window.
     link.ondragstart = (event) => event.dataTransfer.setData ("DownloadURL", `${type}:${link.download}:${link.href}`);

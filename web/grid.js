@@ -6,14 +6,18 @@
 const beatsPerBar = 4;
 const barsInWords = 8; // of a longer pattern the rest is counted
 
-const colour = (name) => getComputedStyle (document.documentElement).getPropertyValue (name);
+const laneColours = ["--kick", "--snare", "--hats", "--perc"];
 
-/** Where things lie, in CSS pixels. */
+/** Where things lie, in CSS pixels. They grow with the page's letters: unit is 1 where those have their usual size. */
 function geometryOf (canvas, numLanes)
 {
     const { width, height } = canvas.getBoundingClientRect();
-    const left = width < 480 ? 44 : 66, right = 10, top = 8;
-    return { width, height, left, top, gridWidth: width - left - right, gridHeight: height - 2 * top, rowHeight: (height - 2 * top) / numLanes };
+    const style = getComputedStyle (document.documentElement);
+    const unit = parseFloat (style.fontSize) / 16;
+    const left = unit * (width < 480 ? 52 : 66), right = 10 * unit, top = 8 * unit;
+    const gridHeight = height - 2 * top;
+    const colours = Object.fromEntries ([...laneColours, "--face", "--outline", "--muted"].map ((name) => [name, style.getPropertyValue (name)]));
+    return { unit, width, height, left, top, gridWidth: width - left - right, gridHeight, rowHeight: gridHeight / numLanes, colours };
 }
 
 /** The share of the canvas's width that lies left of a beat. */
@@ -37,25 +41,23 @@ export function draw (canvas, pattern, lanes)
     drawHits (context, geometry, pattern);
 }
 
-const laneColour = (lane) => colour (["--kick", "--snare", "--hats", "--perc"][lane]);
-
-function drawRows (context, { left, top, gridWidth, rowHeight }, lanes)
+function drawRows (context, { unit, left, top, gridWidth, rowHeight, colours }, lanes)
 {
-    context.font = "bold 12px system-ui, sans-serif";
+    context.font = `bold ${12 * unit}px system-ui, sans-serif`;
     context.textBaseline = "middle";
 
     lanes.forEach ((name, lane) =>
     {
         context.globalAlpha = lane % 2 === 0 ? 0.55 : 0.3;
-        context.fillStyle = colour ("--face");
+        context.fillStyle = colours["--face"];
         context.fillRect (left, top + lane * rowHeight, gridWidth, rowHeight - 1);
         context.globalAlpha = 1;
-        context.fillStyle = laneColour (lane);
-        context.fillText (name, 8, top + (lane + 0.5) * rowHeight, left - 10);
+        context.fillStyle = colours[laneColours[lane]];
+        context.fillText (name, 8 * unit, top + (lane + 0.5) * rowHeight, left - 16 * unit);
     });
 }
 
-function drawColumns (context, { left, top, gridWidth, gridHeight }, bars)
+function drawColumns (context, { left, top, gridWidth, gridHeight, colours }, bars)
 {
     const columns = bars * 16;
     const step = gridWidth / columns < 3 ? (gridWidth / bars < 12 ? 64 : 16) : 1; // many bars: no sixteenths
@@ -63,21 +65,21 @@ function drawColumns (context, { left, top, gridWidth, gridHeight }, bars)
     for (let i = 0; i <= columns; i += step)
     {
         context.globalAlpha = i % 16 === 0 ? 0.48 : i % 4 === 0 ? 1 : 0.38;
-        context.fillStyle = colour (i % 16 === 0 ? "--muted" : "--outline");
+        context.fillStyle = colours[i % 16 === 0 ? "--muted" : "--outline"];
         context.fillRect (Math.floor (left + i * gridWidth / columns), top, 1, gridHeight);
     }
 }
 
-function drawHits (context, { left, top, gridWidth, rowHeight }, { bars, hits })
+function drawHits (context, { unit, left, top, gridWidth, rowHeight, colours }, { bars, hits })
 {
-    const narrow = Math.min (1, gridWidth / (bars * 16 * 7)); // long patterns get slimmer strokes
+    const narrow = Math.min (1, gridWidth / (bars * 16 * 7 * unit)); // long patterns get slimmer strokes
 
     for (const [beat, lane, velocity] of hits)
     {
         const loudness = velocity / 127;
-        const size = 5 + 5 * loudness, width = Math.max (1.5, size * narrow);
+        const size = (5 + 5 * loudness) * unit, width = Math.max (1.5, size * narrow);
         context.globalAlpha = 0.48 + 0.52 * loudness;
-        context.fillStyle = laneColour (lane);
+        context.fillStyle = colours[laneColours[lane]];
         context.fillRect (left + beat / (bars * beatsPerBar) * gridWidth - width / 2, top + (lane + 0.5) * rowHeight - size / 2, width, size);
     }
 

@@ -20,22 +20,31 @@ let engine, tables, state, player;
 let boxes, sliders, locks; // what shows the choices, the settings and the locks
 let sent = {};             // what the player was told last
 let regeneration;          // the timer of a setting that was moved
+let saidThatNothingIsKept = false;
 
 //==============================================================================
 function say (text)      { at ("status").textContent = text; }
 function complain (text) { at ("problem").textContent = text ?? ""; }
 
-const choice = (id) => state.choices[tables.choices.findIndex ((row) => row.id === id)];
+const rowOf = (id) => tables.choices.findIndex ((row) => row.id === id);
+const choice = (id) => state.choices[rowOf (id)];
 const isSong = () => choice ("play_mode") === 1;
+const isSilent = () => choice ("sound_kit") === boxes[rowOf ("sound_kit")].length - 1; // the last is none
 
+const newest = () => `${state.takes[0].text}. ${state.pattern.name} has ${strokes()}.`;
 const strokes = () => plural (state.pattern.hits.length, "stroke");
 
 /** One operation: then everything shows what has come of it. @param what  is said, by default the newest take */
 function act (operation, what)
 {
-    complain (operation());
+    const why = operation();
+    complain (why);
+
+    if (why)
+        return;
+
     refresh();
-    say (what?.() ?? `${state.takes[0].text}. ${state.pattern.name} has ${strokes()}.`);
+    say (what?.() ?? newest());
 }
 
 //==============================================================================
@@ -78,8 +87,12 @@ function showSong ()
     while (list.children.length < song.sections.length)
         list.append (sectionButton (list.children.length));
 
-    song.sections.forEach (({ name, bars }, i) => list.children[i].firstChild.textContent = `${name}, ${bars}`);
-    song.sections.forEach (({ name, bars }, i) => list.children[i].firstChild.ariaLabel = `Section ${name}, ${plural (bars, "bar")}`);
+    song.sections.forEach (({ name, bars }, i) =>
+    {
+        const button = list.children[i].firstChild;
+        button.textContent = `${name}, ${bars}`;
+        button.setAttribute ("aria-label", `Section ${name}, ${plural (bars, "bar")}`);
+    });
 }
 
 function sectionButton (index)
@@ -100,9 +113,9 @@ function showTake ()
     at ("copy").disabled = ! state.code;
 
     const preset = engine.preset (presetName);
-    offer (at ("pattern-midi"), engine.midi (false), "audio/midi");
-    offer (at ("song-midi"), engine.midi (true), "audio/midi");
-    offer (at ("preset"), preset.bytes, "application/octet-stream");
+    offer (at ("pattern-midi"), () => engine.midi (false), "audio/midi");
+    offer (at ("song-midi"), () => engine.midi (true), "audio/midi");
+    offer (at ("preset"), preset.bytes && (() => preset.bytes), "application/octet-stream");
     at ("preset-why").textContent = preset.why ?? "";
     at ("takes").replaceChildren (...state.takes.map (({ id, text }) => made ("option", { value: id, textContent: text })));
 }
@@ -124,9 +137,9 @@ function remember ()
 {
     const isKept = keep ({ code: state.code || kept().code, locks: state.locks, length: choice ("pattern_length") });
 
-    if (! isKept && ! at ("page").dataset.forgets)
+    if (! isKept && ! saidThatNothingIsKept && ! at ("problem").textContent)
     {
-        at ("page").dataset.forgets = true;
+        saidThatNothingIsKept = true;
         complain ("This browser keeps nothing for the page: the next visit begins anew. A link keeps the take.");
     }
 }
@@ -140,7 +153,7 @@ async function togglePlay ()
         return stopped ("Stopped.");
 
     showPlaying (true);
-    say (isSong() ? "Playing the song." : "Playing the pattern in a loop.");
+    say ((isSong() ? "Playing the song" : "Playing the pattern in a loop") + (isSilent() ? ", without sound: the kit says so." : "."));
 
     try
     {
@@ -171,7 +184,7 @@ function showPlaying (isPlaying)
 
 function markSection (index)
 {
-    [...at ("sections").children].forEach ((item, i) => item.firstChild.ariaCurrent = i === index ? "true" : null);
+    [...at ("sections").children].forEach ((item, i) => item.firstChild.setAttribute ("aria-current", i === index));
 }
 
 /** The section that a beat of the song is in: { index, from }, where it begins in beats. */
@@ -327,8 +340,8 @@ function openFirst ()
 
     before.locks?.forEach ((isLocked, lane) => engine.run ("SetLock", lane, isLocked));
 
-    if (before.length in tables.choices.find ((row) => row.id === "pattern_length").names)
-        engine.run ("Choose", tables.choices.findIndex ((row) => row.id === "pattern_length"), before.length);
+    if (before.length in tables.choices[rowOf ("pattern_length")].names)
+        engine.run ("Choose", rowOf ("pattern_length"), before.length);
 
     return location.hash.length > 1 ? openCode (location.hash) : undefined;
 }
@@ -343,7 +356,9 @@ async function start ()
 
     at ("loading").remove();
     at ("page").hidden = false;
-    act (() => why);
+    complain (why);
+    refresh();
+    say (newest());
 
     addEventListener ("hashchange", () => act (() => openCode (location.hash)));
     new ResizeObserver (() => draw (at ("strokes"), state.pattern, tables.lanes)).observe (at ("grid"));

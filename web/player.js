@@ -43,7 +43,7 @@ export class Player
     change (change)
     {
         this.#tempo = change.tempo ?? this.#tempo;
-        this.#node?.port.postMessage (change);
+        this.#node?.port.postMessage (change, change.music ? [change.music.buffer] : []);
     }
 
     /** From the first beat. Called by a click, or browsers keep silent. @throws Error  with a sentence for people */

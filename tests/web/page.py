@@ -213,11 +213,21 @@ def test_everything_by_role_and_name():
 
 
 def test_files_are_the_command_lines():
-    press("button", "Generate groove")
-    for link, name, command in (("Groove as MIDI", "Pulsewright Pattern.mid", ["pattern", "--code", code(), "--midi", "-"]),
-                                ("VST3 preset", "Pulsewright take.vstpreset", None)):
-        if command and not get("link", link).click():
-            check(downloaded(name) == run_cli(*command), link)
+    Select(get("combobox", "Playback")).select_by_visible_text("Full song")
+    press("button", "Build")
+    Select(get("combobox", "Style")).select_by_visible_text("Dub")
+    for link, name, command in (("Song as MIDI", "Pulsewright Song.mid", ["song", "--code", code(), "--midi", "-"]),
+                                ("Groove as MIDI", "Pulsewright Pattern.mid", ["pattern", "--code", code(), "--midi", "-"]),
+                                ("VST3 preset", "Pulsewright take.vstpreset",
+                                 ["preset", code(), "--name", "Pulsewright take", "--vstpreset", "-"])):
+        get("link", link).click()
+        check(downloaded(name) == run_cli(*command), link)
+
+    dragged = DRIVER.execute_script("""const link = arguments[0], dataTransfer = new DataTransfer();
+        link.dispatchEvent (new PointerEvent ("pointerdown"));
+        link.dispatchEvent (new DragEvent ("dragstart", { dataTransfer }));
+        return dataTransfer.getData ("DownloadURL");""", get("link", "Song as MIDI"))
+    check(dragged.startswith(f"audio/midi:Pulsewright Song.mid:blob:{ORIGIN}"), "dragged out:", dragged)
 
     takes = run_module(MAKE_TAKES)
     presets = 0
@@ -234,6 +244,7 @@ def test_files_are_the_command_lines():
 
 
 def test_links():
+    Select(get("combobox", "Playback")).select_by_visible_text("Pattern loop")
     shown = "return document.getElementById ('words').textContent"
     for name in ("Generate groove", "Build"):
         press("button", name)
