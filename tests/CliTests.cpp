@@ -221,7 +221,10 @@ TEST (Cli, FindsTakesAgain)
         // A busy machine takes its time to begin.
         { "for s in 1 4 16; do timeout --preserve-status -s INT -k 9 $s $T find --like a.mid --takes 0-4294967295 --top 1 > found 2> told; r=$?;"
           " ! grep -q pulse found || break; done; echo $r; wc -l < told; grep -c pulse found",
-          "130\n1\n1" }
+          "130\n1\n1" },
+        { "script -qec \"timeout --preserve-status -s INT -k 9 2 $T show a.mid --density 0 --takes 0-4294967295\" /dev/null > told; echo $?;"
+          "tr '\\r' '\\n' < told | grep -oE 'Searching|Stopped after [0-9]+ takes' | sed 's/[1-9][0-9]*/N/'",
+          "130\nSearching\nStopped after N takes" }
     };
 
     for (const auto& [line, answer] : searches)

@@ -11,12 +11,9 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <array>
 #include <chrono>
 #include <cmath>
 #include <limits>
-#include <random>
 #include <thread>
 
 namespace pulsewright
@@ -93,18 +90,6 @@ TEST (HostileHost, AnotherThreadSavesAndPlaysInsideAGesture)
     log.whenTold = [&] { std::thread (saveAndPlay).join(); };
     processor.mutatePattern();
     EXPECT_EQ (saves, static_cast<int> (numMacros) * 3 + 1);
-}
-
-TEST (HostileHost, AHundredInstancesShareNothingThatChanges)
-{
-    std::vector<std::unique_ptr<PulsewrightAudioProcessor>> instances (100);
-    for (auto& instance : instances)
-        instance = std::make_unique<PulsewrightAudioProcessor>();
-
-    std::shuffle (instances.begin(), instances.end(), std::mt19937 (1));
-    instances[0]->generatePattern (SectionType::fill);
-    EXPECT_EQ (instances[1]->getSeedCounter(), 1u);
-    EXPECT_EQ (instances[1]->getPattern(), instances[99]->getPattern());
 }
 
 TEST (HostileHost, ARestoreWaitsForTheOneThatIsUnderway)

@@ -40,6 +40,7 @@ namespace
     std::vector<NoteEvent> eventsOf (const PlaybackData& music, Repeat repeat, const BlockWindow& window)
     {
         std::vector<NoteEvent> events;
+        events.reserve (8192); // nothing is allocated while the engine gives events
         findEvents (music, repeat, window, [&] (const NoteEvent& e) { events.push_back (e); });
         return events;
     }
@@ -369,6 +370,7 @@ TEST (Lv2Transport, KeepsTheBeatThatTheHostDoesNotName)
         {
             const auto& [said, wanted] = story[block];
             Beats heard;
+            heard.reserve (2);
             int samples     = 0;
             const auto hear = [&] (const HostStretch& stretch)
             {

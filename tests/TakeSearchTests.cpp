@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Tolm
 // SPDX-License-Identifier: AGPL-3.0-only
 
-// The search against its plain form: the standard's generator, and trying every take.
+// The search, by every kind of vectors, against its plain form: generating every take with the standard's random numbers.
 
 #include "generation/GrooveGenerator.h"
 #include "search/GrooveExample.h"
@@ -10,7 +10,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <random>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -122,28 +121,6 @@ namespace
         return exampleInMidiFile ({ reinterpret_cast<const std::uint8_t*> (file.data()), file.size() });
     }
 } // namespace
-
-TEST (TakeSearch, RandomNumbersAreThoseOfTheStandard)
-{
-    constexpr auto streams = TakeKernels::streams;
-
-    for (const auto* kernels : TakeKernels::all())
-        for (const std::size_t count : { 0u, 1u, 226u, 227u, 228u, 1300u })
-        {
-            std::vector<std::uint32_t> seeds (streams), state (streams * TakeKernels::stateSize), numbers (streams * count);
-            for (std::uint32_t stream = 0; stream < streams; ++stream)
-                seeds[stream] = saltOf (stream);
-
-            kernels->draw (seeds.data(), count, state.data(), numbers.data());
-
-            for (std::size_t stream = 0; stream < streams; ++stream)
-            {
-                std::mt19937 engine (seeds[stream]);
-                for (std::size_t n = 0; n < count; ++n)
-                    ASSERT_EQ (numbers[n * streams + stream], engine()) << kernels->name << ", number " << n << " of " << count;
-            }
-        }
-}
 
 TEST (TakeSearch, FindsWhatTryingThemAllFinds)
 {

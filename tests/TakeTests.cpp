@@ -144,14 +144,6 @@ TEST (TakeCode, SaysWhatIsNoCode)
         else
             EXPECT_NE (complaintAbout (text).find (complaint), std::string::npos) << text.substr (0, 80) << ": " << complaintAbout (text);
 
-    for (int i = 0; i < 20000; ++i)
-    {
-        std::string noise (random() % 80, ' ');
-        for (auto& c : noise)
-            c = static_cast<char> (random());
-        ASSERT_NE (complaintAbout (noise), "");
-    }
-
     // What a counter, a step of the settings or the fields do not hold.
     const auto hasNone = [&] (auto change)
     {

@@ -175,7 +175,7 @@ namespace
     // clang-format on
 } // namespace
 
-const GenreProfile& profileOf (Genre genre) noexcept
+const GenreProfile& profileOf (Genre genre) PULSEWRIGHT_NONBLOCKING
 {
     const auto index = static_cast<std::size_t> (genre);
     return index < profiles.size() ? profiles[index] : unknownProfile;

@@ -8,6 +8,8 @@
 #include "DrumPattern.h"
 #include "Genre.h"
 
+#include "NonBlocking.h"
+
 #include <span>
 #include <string_view>
 
@@ -102,6 +104,6 @@ struct GenreProfile
 };
 
 /** The profile of a genre; a value that is none of them gets a plain one, "Unknown", at 120 BPM. */
-const GenreProfile& profileOf (Genre genre) noexcept;
+const GenreProfile& profileOf (Genre genre) PULSEWRIGHT_NONBLOCKING;
 
 } // namespace pulsewright

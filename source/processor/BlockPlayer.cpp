@@ -54,16 +54,62 @@ namespace
         return source != nullptr && ! source->parts.empty() && source->lengthInBeats > 0.0;
     }
 
-    void addNotes (juce::MidiBuffer& midi, const PlaybackData& source, bool fullSong, const BlockWindow& window)
+    //==============================================================================
+    // What we call of JUCE's on the audio thread.
+    PULSEWRIGHT_UNCHECKED_BEGIN
+
+    /** Sets a register of the processor, and sets it back. */
+    struct NoDenormals : juce::ScopedNoDenormals
     {
-        findEvents (source,
-                    fullSong ? Repeat::once : Repeat::looped,
-                    window,
-                    [&midi] (const NoteEvent& event)
-                    {
-                        const std::uint8_t bytes[] { event.status, event.note, event.velocity };
-                        midi.addEvent (bytes, sizeof (bytes), event.sampleOffset);
-                    });
+        NoDenormals() PULSEWRIGHT_NONBLOCKING = default;
+        ~NoDenormals() PULSEWRIGHT_NONBLOCKING {}
+    };
+
+    /** Fills memory that the host has made. */
+    template <typename Sample>
+    void silence (juce::AudioBuffer<Sample>& buffer) PULSEWRIGHT_NONBLOCKING
+    {
+        buffer.clear();
+    }
+
+    /** Keeps the buffer's memory. */
+    void empty (juce::MidiBuffer& midi) PULSEWRIGHT_NONBLOCKING
+    {
+        midi.clear();
+    }
+
+    /** Exchanges pointers. */
+    void exchange (juce::MidiBuffer& a, juce::MidiBuffer& b) PULSEWRIGHT_NONBLOCKING
+    {
+        a.swapWith (b);
+    }
+
+    /** Our buffers are made for more than a dense block: only one with thousands of incoming events allocates, once. */
+    void append (juce::MidiBuffer& midi, const juce::uint8* begin, const juce::uint8* end) PULSEWRIGHT_NONBLOCKING
+    {
+        midi.data.addArray (begin, static_cast<int> (end - begin));
+    }
+
+    void append (juce::MidiBuffer& midi, const NoteEvent& event) PULSEWRIGHT_NONBLOCKING
+    {
+        const std::uint8_t bytes[] { event.status, event.note, event.velocity };
+        midi.addEvent (bytes, sizeof (bytes), event.sampleOffset);
+    }
+
+    /** Reads the bytes as they lie. @param visit  marked as non-blocking, as it is not checked here */
+    template <typename Visit>
+    void forEachMessage (const juce::MidiBuffer& midi, Visit&& visit) PULSEWRIGHT_NONBLOCKING
+    {
+        for (const auto message : midi)
+            visit (message);
+    }
+
+    PULSEWRIGHT_UNCHECKED_END
+
+    //==============================================================================
+    void addNotes (juce::MidiBuffer& midi, const PlaybackData& source, bool fullSong, const BlockWindow& window) PULSEWRIGHT_NONBLOCKING
+    {
+        findEvents (source, fullSong ? Repeat::once : Repeat::looped, window, [&midi] (const NoteEvent& event) { append (midi, event); });
     }
 } // namespace
 
@@ -80,7 +126,7 @@ bool BlockPlayer::startPreview() noexcept
     return fullSong;
 }
 
-int BlockPlayer::effectiveBpm() const noexcept
+int BlockPlayer::effectiveBpm() const PULSEWRIGHT_NONBLOCKING
 {
     const double tempo = lastHostTempo.load();
 
@@ -102,11 +148,11 @@ void BlockPlayer::prepare (double newSampleRate, bool hostTellsOfChanges)
 
 //==============================================================================
 template <typename Sample>
-void BlockPlayer::play (juce::AudioBuffer<Sample>& buffer, juce::MidiBuffer& midi, const Said& said)
+void BlockPlayer::play (juce::AudioBuffer<Sample>& buffer, juce::MidiBuffer& midi, const Said& said) PULSEWRIGHT_NONBLOCKING
 {
-    const juce::ScopedNoDenormals noDenormals;
+    const NoDenormals noDenormals;
     const int numSamples = buffer.getNumSamples();
-    buffer.clear();
+    silence (buffer);
 
     filterIncoming (midi);
 
@@ -117,7 +163,7 @@ void BlockPlayer::play (juce::AudioBuffer<Sample>& buffer, juce::MidiBuffer& mid
             addEvents (*music, said, numSamples);
     }
 
-    midi.swapWith (outgoing);
+    exchange (midi, outgoing);
 
     SoundBlock<Sample> sound { .sides = {}, .numSamples = numSamples };
     for (int side = 0; side < std::min (2, buffer.getNumChannels()); ++side)
@@ -127,56 +173,61 @@ void BlockPlayer::play (juce::AudioBuffer<Sample>& buffer, juce::MidiBuffer& mid
                       values.soundKit(),
                       [&midi] (auto&& strike)
                       {
-                          for (const auto message : midi)
-                              if (isNoteOn (message))
-                                  strike (NoteOn { message.samplePosition, message.data[1], message.data[2] });
+                          forEachMessage (midi,
+                                          [&strike] (const auto& message) PULSEWRIGHT_NONBLOCKING
+                                          {
+                                              if (isNoteOn (message))
+                                                  strike (NoteOn { message.samplePosition, message.data[1], message.data[2] });
+                                          });
                       });
 }
 
-template void BlockPlayer::play (juce::AudioBuffer<float>&, juce::MidiBuffer&, const Said&);
-template void BlockPlayer::play (juce::AudioBuffer<double>&, juce::MidiBuffer&, const Said&);
+template void BlockPlayer::play (juce::AudioBuffer<float>&, juce::MidiBuffer&, const Said&) PULSEWRIGHT_NONBLOCKING;
+template void BlockPlayer::play (juce::AudioBuffer<double>&, juce::MidiBuffer&, const Said&) PULSEWRIGHT_NONBLOCKING;
 
-void BlockPlayer::skip (int numSamples, const Said& said) noexcept
+void BlockPlayer::skip (int numSamples, const Said& said) PULSEWRIGHT_NONBLOCKING
 {
     followHost (said, numSamples, [] (const HostStretch&) {});
 }
 
-void BlockPlayer::filterIncoming (const juce::MidiBuffer& incoming)
+void BlockPlayer::filterIncoming (const juce::MidiBuffer& incoming) PULSEWRIGHT_NONBLOCKING
 {
     int trigger = noSection;
-    outgoing.clear();
+    empty (outgoing);
 
     // What passes is in order already and is copied as it lies. Adding it event by event would look for each one's place.
     const auto* copied     = incoming.data.begin();
-    const auto copyUpTo    = [&] (const juce::uint8* end) { outgoing.data.addArray (copied, static_cast<int> (end - copied)); };
     constexpr auto heading = sizeof (juce::int32) + sizeof (juce::uint16); // before each event's bytes: its sample, its size
 
-    for (const auto message : incoming)
-        if (const int slot = triggerOf (message); slot >= 0)
-        {
-            trigger = slot;
-            copyUpTo (message.data - heading);
-            copied = message.data + message.numBytes;
-        }
+    forEachMessage (incoming,
+                    [&] (const auto& message) PULSEWRIGHT_NONBLOCKING
+                    {
+                        const int slot = triggerOf (message);
 
-    copyUpTo (incoming.data.end());
+                        if (slot < 0)
+                            return;
+
+                        trigger = slot;
+                        append (outgoing, copied, message.data - heading);
+                        copied = message.data + message.numBytes;
+                    });
+
+    append (outgoing, copied, incoming.data.end());
 
     if (trigger != noSection)
         pendingSection = trigger;
 }
 
 template <typename Sink>
-void BlockPlayer::followHost (const Said& said, int numSamples, Sink&& sink) noexcept
+void BlockPlayer::followHost (const Said& said, int numSamples, Sink&& sink) PULSEWRIGHT_NONBLOCKING
 {
-    const auto position = said.hasValue() ? std::make_optional (positionOf (*said)) : std::nullopt;
-
     if (keepsTransport)
-        transport.follow (position, numSamples, sampleRate, effectiveBpm(), sink);
+        transport.follow (said.hasValue() ? std::make_optional (positionOf (*said)) : std::nullopt, numSamples, sampleRate, effectiveBpm(), sink);
     else
-        sink (HostStretch { 0, numSamples, position.value_or (HostPosition {}) });
+        sink (HostStretch { 0, numSamples, said.hasValue() ? positionOf (*said) : HostPosition {} });
 }
 
-void BlockPlayer::addEvents (const PlaybackSnapshot& music, const Said& said, int numSamples)
+void BlockPlayer::addEvents (const PlaybackSnapshot& music, const Said& said, int numSamples) PULSEWRIGHT_NONBLOCKING
 {
     const auto block = preview.beginBlock();
 
@@ -195,7 +246,7 @@ void BlockPlayer::addEvents (const PlaybackSnapshot& music, const Said& said, in
     }
 }
 
-const PlaybackData* BlockPlayer::sourceOf (const PlaybackSnapshot& music, bool fullSong) const noexcept
+const PlaybackData* BlockPlayer::sourceOf (const PlaybackSnapshot& music, bool fullSong) const PULSEWRIGHT_NONBLOCKING
 {
     if (fullSong)
         return music.song.get();
@@ -209,7 +260,7 @@ const PlaybackData* BlockPlayer::sourceOf (const PlaybackSnapshot& music, bool f
     return music.pattern.get();
 }
 
-void BlockPlayer::addPreviewEvents (const PlaybackSnapshot& music, PreviewTransport::Block block, int numSamples)
+void BlockPlayer::addPreviewEvents (const PlaybackSnapshot& music, PreviewTransport::Block block, int numSamples) PULSEWRIGHT_NONBLOCKING
 {
     const bool fullSong = block.isFullSong();
     const auto* source  = sourceOf (music, fullSong);
@@ -228,7 +279,7 @@ void BlockPlayer::addPreviewEvents (const PlaybackSnapshot& music, PreviewTransp
         preview.moveTo (window.end);
 }
 
-void BlockPlayer::addHostEvents (const PlaybackSnapshot& music, const HostStretch& stretch)
+void BlockPlayer::addHostEvents (const PlaybackSnapshot& music, const HostStretch& stretch) PULSEWRIGHT_NONBLOCKING
 {
     const auto& position = stretch.position;
 

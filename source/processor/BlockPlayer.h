@@ -47,7 +47,7 @@ public:
     bool isPreviewPlaying() const noexcept { return preview.isPlaying(); }
 
     /** The host's last tempo, rounded, when it lies in 30 to 300; otherwise the genre's. Thread: any. */
-    int effectiveBpm() const noexcept;
+    int effectiveBpm() const PULSEWRIGHT_NONBLOCKING;
 
     /** Not while a block is played.
         @param sampleRate         in hertz
@@ -62,26 +62,26 @@ public:
 
     /** Replaces the buffer's sound and the block's MIDI. Incoming MIDI passes, but for the trigger notes. */
     template <typename Sample>
-    void play (juce::AudioBuffer<Sample>& buffer, juce::MidiBuffer& midi, const Said& said);
+    void play (juce::AudioBuffer<Sample>& buffer, juce::MidiBuffer& midi, const Said& said) PULSEWRIGHT_NONBLOCKING;
 
     /** Follows the host through a block that is not played. */
-    void skip (int numSamples, const Said& said) noexcept;
+    void skip (int numSamples, const Said& said) PULSEWRIGHT_NONBLOCKING;
 
 private:
     static constexpr int noSection = -1;
 
     static constexpr std::size_t reservedMidiBytes = 1 << 16; // for a dense block's events; our buffer and the host's take turns
 
-    void filterIncoming (const juce::MidiBuffer& incoming);
+    void filterIncoming (const juce::MidiBuffer& incoming) PULSEWRIGHT_NONBLOCKING;
 
     /** @param sink  called with each HostStretch of the block, in order */
     template <typename Sink>
-    void followHost (const Said& said, int numSamples, Sink&& sink) noexcept;
+    void followHost (const Said& said, int numSamples, Sink&& sink) PULSEWRIGHT_NONBLOCKING;
 
-    void addEvents (const PlaybackSnapshot& music, const Said& said, int numSamples);
-    void addPreviewEvents (const PlaybackSnapshot& music, PreviewTransport::Block block, int numSamples);
-    void addHostEvents (const PlaybackSnapshot& music, const HostStretch& stretch);
-    const PlaybackData* sourceOf (const PlaybackSnapshot& music, bool fullSong) const noexcept;
+    void addEvents (const PlaybackSnapshot& music, const Said& said, int numSamples) PULSEWRIGHT_NONBLOCKING;
+    void addPreviewEvents (const PlaybackSnapshot& music, PreviewTransport::Block block, int numSamples) PULSEWRIGHT_NONBLOCKING;
+    void addHostEvents (const PlaybackSnapshot& music, const HostStretch& stretch) PULSEWRIGHT_NONBLOCKING;
+    const PlaybackData* sourceOf (const PlaybackSnapshot& music, bool fullSong) const PULSEWRIGHT_NONBLOCKING;
 
     const ParameterReader& values; // any thread
 

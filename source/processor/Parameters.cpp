@@ -165,12 +165,12 @@ ParameterReader::ParameterReader (const juce::AudioProcessorValueTreeState& tree
         settings[i] = tree.getRawParameterValue (allSettings[i].id);
 }
 
-Genre ParameterReader::genre() const noexcept
+Genre ParameterReader::genre() const PULSEWRIGHT_NONBLOCKING
 {
     return static_cast<Genre> (readIndex (genreValue, static_cast<int> (genreCount) - 1));
 }
 
-bool ParameterReader::playsFullSong() const noexcept
+bool ParameterReader::playsFullSong() const PULSEWRIGHT_NONBLOCKING
 {
     return playModeValue != nullptr && playModeValue->load (std::memory_order_relaxed) >= 0.5f;
 }
@@ -190,7 +190,7 @@ std::uint32_t ParameterReader::songStructure() const noexcept
     return static_cast<std::uint32_t> (readIndex (songStructureValue, static_cast<int> (songStructureCount) - 1));
 }
 
-int ParameterReader::soundKit() const noexcept
+int ParameterReader::soundKit() const PULSEWRIGHT_NONBLOCKING
 {
     return readIndex (soundKitValue, midiOnly);
 }

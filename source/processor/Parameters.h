@@ -5,6 +5,7 @@
 
 #pragma once
 
+#include "NonBlocking.h"
 #include "generation/GenerationSettings.h"
 #include "generation/Genre.h"
 #include "preset/ParameterIds.h"
@@ -40,12 +41,12 @@ class ParameterReader
 public:
     explicit ParameterReader (const juce::AudioProcessorValueTreeState& tree);
 
-    Genre genre() const noexcept;
-    bool playsFullSong() const noexcept;
+    Genre genre() const PULSEWRIGHT_NONBLOCKING;
+    bool playsFullSong() const PULSEWRIGHT_NONBLOCKING;
     int patternBars() const noexcept;             ///< 1, 2, 3, 4, 5, 7 or 8
     std::uint32_t songDuration() const noexcept;  ///< 0 to 6
     std::uint32_t songStructure() const noexcept; ///< 0 to 3
-    int soundKit() const noexcept;                ///< 0 to 4
+    int soundKit() const PULSEWRIGHT_NONBLOCKING; ///< 0 to 4
 
     /** The values for GenerationSettings::setValues(). */
     std::array<float, GenerationSettings::numValues> settingsValues() const noexcept;

@@ -60,7 +60,10 @@ def mutants_of(path):
         found.update((extent.start.offset, extent.end.offset, new) for new in texts)
 
     def visit(cursor, is_statement=False):
-        kind, parts = cursor.kind, list(cursor.get_children())
+        try:
+            kind, parts = cursor.kind, list(cursor.get_children())
+        except ValueError:  # newer than the parser's Python module
+            return
         if kind == Kind.FIELD_DECL:  # what a field is before anything is stored in it is mostly never seen
             return
         code = text[cursor.extent.start.offset:cursor.extent.end.offset].decode()

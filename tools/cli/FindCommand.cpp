@@ -4,10 +4,9 @@
 #include "FindCommand.h"
 
 #include "InputFile.h"
-#include "Interruption.h"
+#include "LongSearch.h"
 #include "Output.h"
 #include "OutputFile.h"
-#include "Progress.h"
 #include "TakeOptions.h"
 
 #include "export/MidiFileReader.h"
@@ -234,9 +233,8 @@ namespace
 
     TakesFound search (const TakeQuery& query, const GrooveTarget& target)
     {
-        const Interruption interruption;
-        Progress progress ("Searching");
-        return findTakes (query, target, Interruption::flag(), [&progress] (double share) { progress.show (share); });
+        LongSearch terminal;
+        return findTakes (query, target, terminal.stop(), [&terminal] (double share) { terminal.show (share); });
     }
 
     /** When the output file cannot be written, the result is printed instead, so that a long search is not lost. */
@@ -260,10 +258,8 @@ namespace
     }
 } // namespace
 
-int findGrooves (const CommandLine& line, bool inColour)
+void findGrooves (const CommandLine& line, bool inColour)
 {
-    constexpr int interrupted = 130;
-
     const auto target = targetOf (line);
     const auto query  = queryOf (line);
 
@@ -273,13 +269,8 @@ int findGrooves (const CommandLine& line, bool inColour)
     const auto found = search (query, target);
     give (line, found.searched, allPlayed (found, query), inColour);
 
-    if (found.isWhole)
-        return 0;
-
-    std::fprintf (stderr,
-                  "pulsewright-cli: Stopped after %llu grooves; these are the nearest of them\n",
-                  static_cast<unsigned long long> (found.searched));
-    return interrupted;
+    if (! found.isWhole)
+        throw Interrupted ("Stopped after " + std::to_string (found.searched) + " grooves; these are the nearest of them");
 }
 
 } // namespace pulsewright::cli

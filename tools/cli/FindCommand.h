@@ -11,9 +11,9 @@ namespace pulsewright::cli
 {
 
 /** Searches, and prints or writes what is found.
-    @returns the exit status: 0, or 130 when Ctrl-C has ended the search, with the best so far given
     @throws BadArgument, WriteFailure
+    @throws Interrupted  when Ctrl-C has ended the search, after the best so far were given
 */
-int findGrooves (const CommandLine& line, bool inColour);
+void findGrooves (const CommandLine& line, bool inColour);
 
 } // namespace pulsewright::cli

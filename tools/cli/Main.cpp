@@ -5,6 +5,7 @@
 
 #include "CommandLine.h"
 #include "FindCommand.h"
+#include "Interruption.h"
 #include "MidiTakes.h"
 #include "Output.h"
 #include "OutputFile.h"
@@ -184,7 +185,7 @@ namespace
             case pattern: give (line, makePattern (line)); break;
             case song: give (line, makeSong (line)); break;
             case window: makePicture (line); break;
-            case find: return findGrooves (line, isColourWanted());
+            case find: findGrooves (line, isColourWanted()); break;
             case show: return showCode (line);
             case verify: return verifyFile (line);
             case preset: writePresets (line); break;
@@ -197,7 +198,7 @@ namespace
 
     int run (int argc, char** argv)
     {
-        constexpr int writeFailed = 1, badCommandLine = 2;
+        constexpr int writeFailed = 1, badCommandLine = 2, interrupted = 130;
 
         try
         {
@@ -211,6 +212,10 @@ namespace
         catch (const WriteFailure& error)
         {
             return fail (writeFailed, error.what());
+        }
+        catch (const Interrupted& end)
+        {
+            return fail (interrupted, end.what());
         }
     }
 } // namespace

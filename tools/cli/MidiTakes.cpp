@@ -4,6 +4,7 @@
 #include "MidiTakes.h"
 
 #include "InputFile.h"
+#include "LongSearch.h"
 #include "OutputFile.h"
 #include "TakeOptions.h"
 
@@ -15,6 +16,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <vector>
 
 namespace pulsewright::cli
 {
@@ -90,6 +92,26 @@ namespace
     {
         return firstDifference (a, b) > a.notes.size();
     }
+
+    /** What the file may be, but for the counter: a groove, and a song where it is long enough for one. */
+    std::vector<Take> candidatesFor (const MidiFile& file, const CommandLine& line)
+    {
+        const auto bars = static_cast<std::int32_t> (std::min<std::uint64_t> (file.endTick / file.ticksPerBeat / beatsPerBar, SongBuilder::maxBars));
+
+        auto groove = takeFrom (line, Take::Kind::groove);
+        groove.bars = std::clamp (bars, DrumPattern::minBars, DrumPattern::maxBars);
+
+        if (bars < SongBuilder::minBars)
+            return { groove };
+
+        auto song = takeFrom (line, Take::Kind::song);
+
+        // A song of the length that duration and tempo make is the one that the window builds.
+        if (songBarsOf (song) != bars)
+            song.songBars = bars;
+
+        return { groove, song };
+    }
 } // namespace
 
 int verifyFile (const CommandLine& line)
@@ -112,27 +134,29 @@ int verifyFile (const CommandLine& line)
 
 std::string codeOfMidiFile (const CommandLine& line, std::string_view bytes)
 {
-    const auto file = readFile (line.text ("FILE"), bytes);
-    const auto bars = static_cast<std::int32_t> (std::min<std::uint64_t> (file.endTick / file.ticksPerBeat / beatsPerBar, SongBuilder::maxBars));
+    const auto file          = readFile (line.text ("FILE"), bytes);
     const auto [first, last] = line.range ("--takes");
-
-    auto groove = takeFrom (line, Take::Kind::groove);
-    auto song   = takeFrom (line, Take::Kind::song);
-    groove.bars = std::clamp (bars, DrumPattern::minBars, DrumPattern::maxBars);
-
-    // A song of the length that duration and tempo make is the one that the window builds.
-    if (songBarsOf (song) != bars)
-        song.songBars = bars;
+    auto takes               = candidatesFor (file, line);
+    LongSearch terminal;
 
     for (std::uint64_t counter = first; counter <= last; ++counter)
-        for (auto* take : { &groove, &song })
-        {
-            take->counter       = static_cast<std::uint32_t> (counter);
-            take->settings.seed = saltOf (take->counter);
+    {
+        const auto searched = counter - first;
 
-            if ((take == &groove || bars >= SongBuilder::minBars) && isSame (file, fileOf (*take)))
-                return codeOf (*take).value_or ("");
+        if (terminal.stop())
+            throw Interrupted ("Stopped after " + std::to_string (searched) + " takes; none of them plays this file");
+
+        terminal.show (static_cast<double> (searched) / (static_cast<double> (last - first) + 1.0));
+
+        for (auto& take : takes)
+        {
+            take.counter       = static_cast<std::uint32_t> (counter);
+            take.settings.seed = saltOf (take.counter);
+
+            if (isSame (file, fileOf (take)))
+                return codeOf (take).value_or ("");
         }
+    }
 
     return {};
 }

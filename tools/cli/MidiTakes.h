@@ -23,6 +23,7 @@ int verifyFile (const CommandLine& line);
     is none.
     @param bytes  of the file
     @throws BadArgument  when it cannot be read
+    @throws Interrupted  when Ctrl-C has ended the search
 */
 std::string codeOfMidiFile (const CommandLine& line, std::string_view bytes);
 

@@ -18,6 +18,7 @@ void writePresets (const CommandLine& line);
 /** The code of the take that a preset or a saved state plays: a .vstpreset, an LV2 preset, the app's settings, or a bare
     state. Of a file with several presets all codes, one a line. Of a MIDI file that of the first take that plays it, empty when there is none.
     @throws BadArgument  when the file cannot be read, or is none of these
+    @throws Interrupted  when Ctrl-C has ended the search through takes
 */
 std::string codeInFile (const CommandLine& line);
 

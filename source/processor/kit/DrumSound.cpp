@@ -80,7 +80,7 @@ namespace
     }
 } // namespace
 
-DrumSound DrumSound::of (int note, int kit) noexcept
+DrumSound DrumSound::of (int note, int kit) PULSEWRIGHT_NONBLOCKING
 {
     auto sound = centredSoundOf (note, kit);
 

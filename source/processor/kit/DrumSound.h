@@ -5,6 +5,7 @@
 
 #pragma once
 
+#include "NonBlocking.h"
 #include "generation/Take.h"
 
 #include <array>
@@ -56,13 +57,13 @@ struct DrumSound
     /** Makes the noise of every stroke its own.
         @param strokeCount  how many strokes the synthesizer has started, this one included
     */
-    static constexpr std::uint32_t noiseSeed (int note, std::uint32_t strokeCount) noexcept
+    static constexpr std::uint32_t noiseSeed (int note, std::uint32_t strokeCount) PULSEWRIGHT_NONBLOCKING
     {
         return (strokeCount * 104729u + static_cast<std::uint32_t> (note) * 7919u) ^ 0x9E3779B9u;
     }
 
     /** The sound of a MIDI note (0 to 127) in kit 0 to 3. Thread: any. Blocks: never. Allocates: never. */
-    static DrumSound of (int note, int kit) noexcept;
+    static DrumSound of (int note, int kit) PULSEWRIGHT_NONBLOCKING;
 };
 
 } // namespace pulsewright

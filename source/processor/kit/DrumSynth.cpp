@@ -16,7 +16,7 @@ void DrumSynth::prepare (double sampleRate)
         voice.reset();
 }
 
-void DrumSynth::startVoice (int note, int velocity, int kit) noexcept
+void DrumSynth::startVoice (int note, int velocity, int kit) PULSEWRIGHT_NONBLOCKING
 {
     // Round robin: the oldest slot is taken over, whether it still sounds or not.
     auto& voice = voices[strokeCount % numVoices];
@@ -25,7 +25,7 @@ void DrumSynth::startVoice (int note, int velocity, int kit) noexcept
 }
 
 template <typename Sample>
-void DrumSynth::renderRange (const SoundBlock<Sample>& block, int firstSample, int endSample) noexcept
+void DrumSynth::renderRange (const SoundBlock<Sample>& block, int firstSample, int endSample) PULSEWRIGHT_NONBLOCKING
 {
     for (int start = firstSample; start < endSample; start += mixLength)
     {
@@ -56,7 +56,7 @@ void DrumSynth::renderRange (const SoundBlock<Sample>& block, int firstSample, i
     }
 }
 
-template void DrumSynth::renderRange (const SoundBlock<float>&, int, int) noexcept;
-template void DrumSynth::renderRange (const SoundBlock<double>&, int, int) noexcept;
+template void DrumSynth::renderRange (const SoundBlock<float>&, int, int) PULSEWRIGHT_NONBLOCKING;
+template void DrumSynth::renderRange (const SoundBlock<double>&, int, int) PULSEWRIGHT_NONBLOCKING;
 
 } // namespace pulsewright

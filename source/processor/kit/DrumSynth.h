@@ -50,7 +50,7 @@ public:
         @param forEachStroke  called with a function, to which it gives the block's strokes in order
     */
     template <typename Sample, typename ForEachStroke>
-    void renderFrom (const SoundBlock<Sample>& block, int kit, ForEachStroke&& forEachStroke) noexcept
+    void renderFrom (const SoundBlock<Sample>& block, int kit, ForEachStroke&& forEachStroke) PULSEWRIGHT_NONBLOCKING
     {
         if (kit >= midiOnly)
             return;
@@ -71,16 +71,16 @@ public:
 
     /** The same from a list. */
     template <typename Sample>
-    void render (const SoundBlock<Sample>& block, int kit, std::span<const NoteOn> strokes) noexcept
+    void render (const SoundBlock<Sample>& block, int kit, std::span<const NoteOn> strokes) PULSEWRIGHT_NONBLOCKING
     {
         renderFrom (block, kit, [strokes] (auto&& play) { std::for_each (strokes.begin(), strokes.end(), play); });
     }
 
 private:
-    void startVoice (int note, int velocity, int kit) noexcept;
+    void startVoice (int note, int velocity, int kit) PULSEWRIGHT_NONBLOCKING;
 
     template <typename Sample>
-    void renderRange (const SoundBlock<Sample>& block, int firstSample, int endSample) noexcept;
+    void renderRange (const SoundBlock<Sample>& block, int firstSample, int endSample) PULSEWRIGHT_NONBLOCKING;
 
     static constexpr int mixLength = 512; // samples at a time; small enough to stay in the nearest cache
 

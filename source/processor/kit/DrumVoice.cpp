@@ -9,7 +9,7 @@
 namespace pulsewright
 {
 
-void DrumVoice::start (const KitTables& tables, int note, int midiVelocity, int kit, std::uint32_t strokeCount) noexcept
+void DrumVoice::start (const KitTables& tables, int note, int midiVelocity, int kit, std::uint32_t strokeCount) PULSEWRIGHT_NONBLOCKING
 {
     reset();
     sound            = DrumSound::of (note, kit);
@@ -19,7 +19,7 @@ void DrumVoice::start (const KitTables& tables, int note, int midiVelocity, int 
     samplesLeft      = curve->lifetime;
 }
 
-void DrumVoice::render (const KitTables& tables, const StrokeKernels& kernels, float* left, float* right, int numSamples) noexcept
+void DrumVoice::render (const KitTables& tables, const StrokeKernels& kernels, float* left, float* right, int numSamples) PULSEWRIGHT_NONBLOCKING
 {
     auto remaining = static_cast<int> (std::min<std::int64_t> (numSamples, samplesLeft));
     samplesLeft -= remaining;

@@ -20,16 +20,16 @@ public:
     /** @param midiVelocity  0 to 127
         @param strokeCount   how many voices the synthesizer has started, this one included
     */
-    void start (const KitTables& tables, int note, int midiVelocity, int kit, std::uint32_t strokeCount) noexcept;
+    void start (const KitTables& tables, int note, int midiVelocity, int kit, std::uint32_t strokeCount) PULSEWRIGHT_NONBLOCKING;
 
     void reset() noexcept { *this = {}; }
 
-    bool isActive() const noexcept { return samplesLeft > 0; }
+    bool isActive() const PULSEWRIGHT_NONBLOCKING { return samplesLeft > 0; }
 
     /** Adds what it plays to both sides, panned. Both buffers have cellPadding extra samples at their end.
         @param tables  those that it was started with
     */
-    void render (const KitTables& tables, const StrokeKernels& kernels, float* left, float* right, int numSamples) noexcept;
+    void render (const KitTables& tables, const StrokeKernels& kernels, float* left, float* right, int numSamples) PULSEWRIGHT_NONBLOCKING;
 
 private:
     DrumSound sound          = {};

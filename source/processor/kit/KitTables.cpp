@@ -37,7 +37,7 @@ namespace
     }
 } // namespace
 
-double advanced (double time, double step, std::int64_t count) noexcept
+double advanced (double time, double step, std::int64_t count) PULSEWRIGHT_NONBLOCKING
 {
     constexpr auto exponentBits = std::uint64_t { 0x7FF } << 52, oneUp = std::uint64_t { 1 } << 52;
 
@@ -93,7 +93,7 @@ KitTables::KitTables (double sampleRate) : sampleInterval (1.0 / std::min (1e12,
         sweep[k] = std::exp (-DrumSound::sweepRate * static_cast<double> (k) * sampleInterval);
 }
 
-const DecayCurve& KitTables::curveOf (double rate) const noexcept
+const DecayCurve& KitTables::curveOf (double rate) const PULSEWRIGHT_NONBLOCKING
 {
     std::size_t i = 0;
 

@@ -40,13 +40,13 @@ public:
     /** @param sampleRate  in hertz; below 1 counts as 1, and so does not-a-number */
     explicit KitTables (double sampleRate);
 
-    double secondsPerSample() const noexcept { return sampleInterval; }
+    double secondsPerSample() const PULSEWRIGHT_NONBLOCKING { return sampleInterval; }
 
     /** @param rate  the decay rate of one of the kits' sounds */
-    const DecayCurve& curveOf (double rate) const noexcept;
+    const DecayCurve& curveOf (double rate) const PULSEWRIGHT_NONBLOCKING;
 
     /** exp (-DrumSound::sweepRate * k / sampleRate) */
-    const double* sweepPowers() const noexcept { return sweep.data(); }
+    const double* sweepPowers() const PULSEWRIGHT_NONBLOCKING { return sweep.data(); }
 
 private:
     static constexpr std::size_t maxCurves = 16;
@@ -60,6 +60,6 @@ private:
 /** Returns `time` after adding `step` `count` times, rounding to double after each addition: the same bits as the loop,
     in a few dozen operations. A stroke's age is such a sum.
 */
-double advanced (double time, double step, std::int64_t count) noexcept;
+double advanced (double time, double step, std::int64_t count) PULSEWRIGHT_NONBLOCKING;
 
 } // namespace pulsewright

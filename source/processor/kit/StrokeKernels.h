@@ -42,10 +42,10 @@ struct StrokeKernels
     const char* name;
 
     /** Adds a piece of a stroke to both sides. @param numSamples  1 to cellSize */
-    void (*addStroke) (const StrokePiece& piece, StrokeState& state, float* left, float* right, int numSamples);
+    void (*addStroke) (const StrokePiece& piece, StrokeState& state, float* left, float* right, int numSamples) PULSEWRIGHT_NONBLOCKING;
 
     /** tanh of every sample, in place. */
-    void (*saturate) (float* samples, int numSamples);
+    void (*saturate) (float* samples, int numSamples) PULSEWRIGHT_NONBLOCKING;
 
     /** The widest that this machine can run; found once, at the first call. */
     static const StrokeKernels& best() noexcept;

@@ -25,11 +25,6 @@ private:
     using Floats  = xsimd::batch<float, Architecture>;
     using Scratch = float[cellSize + cellPadding];
 
-    struct Places
-    {
-        float of[static_cast<int> (Floats::size)];
-    };
-
     static constexpr double twoPi = 2.0 * std::numbers::pi;
 
     static constexpr int width = static_cast<int> (Floats::size);
@@ -56,6 +51,20 @@ private:
     };
 
     static constexpr NoiseSteps noiseSteps {};
+
+    // 0, 1, 2 and so on: each sample's place in a vector.
+    struct Places
+    {
+        float of[static_cast<int> (Floats::size)] {};
+
+        constexpr Places() noexcept
+        {
+            for (int i = 0; i < width; ++i)
+                of[i] = static_cast<float> (i);
+        }
+    };
+
+    static constexpr Places places {};
 
     static int paddedTo (int count, int multiple) noexcept { return (count + multiple - 1) / multiple * multiple; }
 
@@ -103,7 +112,7 @@ private:
     }
 
     /** The same sum, bit for bit, of a step that stays. Between two powers of two all doubles are equally far apart, and it
-        grows by a constant, as in advanced(): there every sum is a product away.
+        grows by a constant, as in advanced(): each sum is then one multiplication and one addition.
     */
     static void fillSteadyPhases (double& phase, float* phases, int numSamples, double step) noexcept
     {
@@ -133,13 +142,13 @@ private:
         clear (phases + numSamples);
     }
 
-    /** The sine of 0 to some 30000 radians, off by at most 2e-7. Branches would look at neighbours in the
-        vector, and which samples are neighbours depends on the host's blocks.
+    /** The sine of 0 to some 30000 radians, off by at most 2e-7. There are no branches: a branch would
+        depend on the other samples of the vector, and which samples share a vector depends on the host's blocks.
     */
     static Floats sine (const Floats& x) noexcept
     {
-        // Down to a quarter turn either way of the nearest multiple of pi, which is taken off in parts that
-        // leave exact products.
+        // The nearest multiple of pi is subtracted, in three parts whose products are exact; what is left is at most a
+        // quarter turn.
         constexpr float first  = 3.140625f;
         constexpr float second = 0.0009670257568359375f;
         constexpr auto third   = static_cast<float> (std::numbers::pi - static_cast<double> (first) - static_cast<double> (second));
@@ -168,14 +177,6 @@ private:
     template <typename SoundAt>
     static void addSamples (const StrokePiece& piece, float* left, float* right, int numSamples, SoundAt&& soundAt) noexcept
     {
-        static constexpr auto places = []
-        {
-            Places p {};
-            for (int i = 0; i < width; ++i)
-                p.of[i] = static_cast<float> (i);
-            return p;
-        }();
-
         const Floats velocity (piece.velocity), gain (DrumSound::gain), leftGain (1.0f - piece.sound.pan), rightGain (1.0f + piece.sound.pan);
 
         const auto add = [&] (int k, const Floats& sound)
@@ -254,7 +255,7 @@ private:
                     });
     }
 
-    static void addStroke (const StrokePiece& piece, StrokeState& state, float* left, float* right, int numSamples)
+    static void addStroke (const StrokePiece& piece, StrokeState& state, float* left, float* right, int numSamples) PULSEWRIGHT_NONBLOCKING
     {
         switch (piece.sound.source)
         {
@@ -264,7 +265,7 @@ private:
         }
     }
 
-    static void saturate (float* samples, int numSamples)
+    static void saturate (float* samples, int numSamples) PULSEWRIGHT_NONBLOCKING
     {
         for (int k = 0; k < numSamples; k += width)
             xsimd::tanh (load (samples + k)).store_unaligned (samples + k);

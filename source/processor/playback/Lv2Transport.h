@@ -7,6 +7,8 @@
 
 #include "HostPosition.h"
 
+#include "NonBlocking.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -38,7 +40,8 @@ public:
         @param sink           called with each HostStretch of the block, in order: one or two
     */
     template <typename Sink>
-    void follow (const std::optional<HostPosition>& said, int numSamples, double newSampleRate, double fallbackTempo, Sink&& sink) noexcept
+    void follow (const std::optional<HostPosition>& said, int numSamples, double newSampleRate, double fallbackTempo, Sink&& sink)
+        PULSEWRIGHT_NONBLOCKING
     {
         sampleRate = std::max (1.0, newSampleRate);
         useTempo (namedTempo.value_or (fallbackTempo));

@@ -16,7 +16,7 @@ namespace
     constexpr double mostBeatsOfABlock = 256.0;
 } // namespace
 
-BlockWindow windowAt (double startBeat, double tempoBpm, double sampleRate, int numSamples) noexcept
+BlockWindow windowAt (double startBeat, double tempoBpm, double sampleRate, int numSamples) PULSEWRIGHT_NONBLOCKING
 {
     const double beatsPerSample = tempoBpm / (std::max (1.0, sampleRate) * 60.0);
     const double span           = numSamples * beatsPerSample;
@@ -29,7 +29,7 @@ BlockWindow windowAt (double startBeat, double tempoBpm, double sampleRate, int 
     return { .start = startBeat, .from = startBeat, .end = startBeat + span, .beatsPerSample = beatsPerSample, .numSamples = numSamples };
 }
 
-BlockWindow TransportContinuity::join (BlockWindow window, const std::optional<HostLoop>& loop, double patternLength) noexcept
+BlockWindow TransportContinuity::join (BlockWindow window, const std::optional<HostLoop>& loop, double patternLength) PULSEWRIGHT_NONBLOCKING
 {
     const auto isSamePlace = [&window] (double beat) { return std::abs (window.start - beat) <= largestRounding; };
 

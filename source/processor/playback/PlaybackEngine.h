@@ -8,6 +8,8 @@
 #include "HostPosition.h"
 #include "PlaybackData.h"
 
+#include "NonBlocking.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
@@ -36,7 +38,7 @@ struct BlockWindow
     LoopRemainder remainder {}; ///< mostly empty
 
     /** The sample of the host's block at which a time inside the window is played. */
-    int offsetOf (double beat) const noexcept
+    int offsetOf (double beat) const PULSEWRIGHT_NONBLOCKING
     {
         // The division, not a multiplication by the reciprocal: that would move notes by a sample now and then.
         const double offset = (beat - start) / beatsPerSample;
@@ -48,7 +50,7 @@ struct BlockWindow
     nothing that can be played: not a number, infinite, too far away, or a tempo of 0 or below.
     Thread: any. Blocks: never. Allocates: never.
 */
-BlockWindow windowAt (double startBeat, double tempoBpm, double sampleRate, int numSamples) noexcept;
+BlockWindow windowAt (double startBeat, double tempoBpm, double sampleRate, int numSamples) PULSEWRIGHT_NONBLOCKING;
 
 //==============================================================================
 /** Joins the blocks of a host whose positions are rounded.
@@ -70,10 +72,10 @@ public:
         @param loop           that the host repeats
         @param patternLength  in beats, where a pattern is repeated; else 0
     */
-    BlockWindow join (BlockWindow window, const std::optional<HostLoop>& loop = {}, double patternLength = 0.0) noexcept;
+    BlockWindow join (BlockWindow window, const std::optional<HostLoop>& loop = {}, double patternLength = 0.0) PULSEWRIGHT_NONBLOCKING;
 
     /** Call whenever the transport does not roll. */
-    void breakOff() noexcept { isRolling = false; }
+    void breakOff() PULSEWRIGHT_NONBLOCKING { isRolling = false; }
 
 private:
     bool isRolling     = false;
@@ -108,7 +110,7 @@ enum class Repeat
     @param sink  called with a NoteEvent
 */
 template <typename Sink>
-void findEvents (const PlaybackData& music, Repeat repeat, const BlockWindow& window, Sink&& sink)
+void findEvents (const PlaybackData& music, Repeat repeat, const BlockWindow& window, Sink&& sink) PULSEWRIGHT_NONBLOCKING
 {
     const auto playRange = [&] (double from, double end, auto&& offsetOf)
     {

@@ -5,6 +5,8 @@
 
 #pragma once
 
+#include "NonBlocking.h"
+
 #include <atomic>
 #include <cstdint>
 
@@ -29,7 +31,7 @@ public:
     void stop() noexcept { state.fetch_and (~playingBit); }
 
     /** Thread: any. */
-    bool isPlaying() const noexcept { return (state.load() & playingBit) != 0; }
+    bool isPlaying() const PULSEWRIGHT_NONBLOCKING { return (state.load() & playingBit) != 0; }
 
     //==============================================================================
     /** A preview as one block sees it. */
@@ -43,7 +45,7 @@ public:
     };
 
     /** Thread: audio, at the start of a block. */
-    Block beginBlock() noexcept
+    Block beginBlock() PULSEWRIGHT_NONBLOCKING
     {
         const auto now = state.load();
 
@@ -57,10 +59,10 @@ public:
     }
 
     /** Thread: audio. Where the next block goes on. */
-    void moveTo (double newPosition) noexcept { position = newPosition; }
+    void moveTo (double newPosition) PULSEWRIGHT_NONBLOCKING { position = newPosition; }
 
     /** Thread: audio. Ends the preview of this block, unless another one has been started meanwhile. */
-    void finish (Block block) noexcept { state.compare_exchange_strong (block.state, block.state & ~playingBit); }
+    void finish (Block block) PULSEWRIGHT_NONBLOCKING { state.compare_exchange_strong (block.state, block.state & ~playingBit); }
 
     /** Thread: any that the host prepares from, while no block is played. */
     void rewind() noexcept { position = 0.0; }

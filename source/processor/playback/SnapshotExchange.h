@@ -5,6 +5,8 @@
 
 #pragma once
 
+#include "NonBlocking.h"
+
 #include <atomic>
 #include <cstdint>
 #include <memory>
@@ -46,18 +48,21 @@ public:
     class Reading
     {
     public:
-        explicit Reading (SnapshotExchange& e) noexcept : exchange (e)
+        explicit Reading (SnapshotExchange& e) PULSEWRIGHT_NONBLOCKING : exchange (e)
         {
             exchange.readCount.store (exchange.readCount.load (std::memory_order_relaxed) + 1);
             snapshot = exchange.current.load();
         }
 
-        ~Reading() { exchange.readCount.store (exchange.readCount.load (std::memory_order_relaxed) + 1, std::memory_order_release); }
+        ~Reading() PULSEWRIGHT_NONBLOCKING
+        {
+            exchange.readCount.store (exchange.readCount.load (std::memory_order_relaxed) + 1, std::memory_order_release);
+        }
 
         Reading (const Reading&)            = delete;
         Reading& operator= (const Reading&) = delete;
 
-        const Snapshot* get() const noexcept { return snapshot; }
+        const Snapshot* get() const PULSEWRIGHT_NONBLOCKING { return snapshot; }
 
     private:
         SnapshotExchange& exchange;
@@ -65,7 +70,7 @@ public:
     };
 
     /** Thread: audio, one reading at a time. Blocks: never. Allocates, frees: never. */
-    Reading read() noexcept { return Reading { *this }; }
+    Reading read() PULSEWRIGHT_NONBLOCKING { return Reading { *this }; }
 
 private:
     struct Retired
