@@ -11,6 +11,7 @@ import { keep, kept } from "./store.js";
 
 const beatsPerBar = 4;
 const restBeforeRegenerationMs = 100;
+const silenceMs = 2000; // after which a start counts as one that is not heard
 const presetName = "Pulsewright take";
 
 const at = (id) => document.getElementById (id);
@@ -159,12 +160,19 @@ async function togglePlay ()
     {
         await player.start ({ kit: choice ("sound_kit"), tempo: state.tempo, music: engine.music() });
         requestAnimationFrame (showPlace);
+        setTimeout (complainOfSilence, silenceMs);
     }
     catch (error)
     {
         complain (error.message);
         stopped ("Nothing plays.");
     }
+}
+
+function complainOfSilence ()
+{
+    if (player.isPlaying && player.beat() === undefined)
+        complain ("Nothing is heard yet: the browser has found no sound device, or waits for one.");
 }
 
 function stopped (why)
