@@ -30,7 +30,13 @@ function complain (text) { at ("problem").textContent = text ?? ""; }
 const rowOf = (id) => tables.choices.findIndex ((row) => row.id === id);
 const choice = (id) => state.choices[rowOf (id)];
 const isSong = () => choice ("play_mode") === 1;
-const isSilent = () => choice ("sound_kit") === boxes[rowOf ("sound_kit")].length - 1; // the last is none
+
+/** The name of the kit where it is the last one, which is none. */
+function silentKit ()
+{
+    const { names } = tables.choices[rowOf ("sound_kit")];
+    return choice ("sound_kit") === names.length - 1 ? names.at (-1) : undefined;
+}
 
 const newest = () => `${state.takes[0].text}. ${state.pattern.name} has ${strokes()}.`;
 const strokes = () => plural (state.pattern.hits.length, "stroke");
@@ -154,7 +160,7 @@ async function togglePlay ()
         return stopped ("Stopped.");
 
     showPlaying (true);
-    say ((isSong() ? "Playing the song" : "Playing the pattern in a loop") + (isSilent() ? ", without sound: the kit says so." : "."));
+    say ((isSong() ? "Playing the song" : "Playing the pattern in a loop") + (silentKit() ? `, without sound: the kit is ${silentKit()}.` : "."));
 
     try
     {
