@@ -76,6 +76,8 @@ TEST (TakeCode, KeepsItsMeaning)
     section.stream  = 106;
     EXPECT_EQ (codeOf (section), "PW1-Q8SFZ-XJZ69-0PUZS-RW050-50505-XP3CQ-8SQQQ-QQQUQ-TRH7RV");
     EXPECT_EQ (patternOf (section), songOf (section).sections[6].pattern) << "the label too";
+    EXPECT_EQ (sectionOf (songBeside (section), 6, patternOf (section)), section);
+    EXPECT_EQ (counterOf (section.settings.seed), section.counter);
 }
 
 TEST (TakeCode, FindsTypingErrors)

@@ -236,7 +236,7 @@ namespace
         const auto search = [&slips] (std::uint32_t wanted)
         {
             const auto found =
-                std::lower_bound (slips.begin(), slips.end(), wanted, [] (const auto& slip, auto other) { return slip.change < other; });
+                std::lower_bound (slips.begin(), slips.end(), wanted, [] (const auto& slip, auto value) { return slip.change < value; });
             return found != slips.end() && found->change == wanted ? &*found : nullptr;
         };
 
