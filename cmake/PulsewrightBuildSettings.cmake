@@ -17,7 +17,7 @@ set (CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 
 find_program (PULSEWRIGHT_CCACHE ccache)
 
-if (PULSEWRIGHT_CCACHE)
+if (PULSEWRIGHT_CCACHE AND NOT EMSCRIPTEN)
     set (CMAKE_C_COMPILER_LAUNCHER "${PULSEWRIGHT_CCACHE}")
     set (CMAKE_CXX_COMPILER_LAUNCHER "${PULSEWRIGHT_CCACHE}")
 endif()
@@ -30,6 +30,12 @@ target_compile_features (pulsewright_build_settings INTERFACE cxx_std_20)
 target_compile_options (pulsewright_build_settings INTERFACE
     $<$<CXX_COMPILER_ID:GNU,Clang,AppleClang>:-ffp-contract=off>
     $<$<CXX_COMPILER_ID:MSVC>:/fp:precise /utf-8>)
+
+# A browser's machine: its own exceptions, and its vectors, for which the SIMD library has the SSE2 kind.
+if (EMSCRIPTEN)
+    add_compile_options (-fwasm-exceptions -msimd128 -msse2)
+    add_link_options (-fwasm-exceptions)
+endif()
 
 # GCC's unique symbols keep a plug-in's module in memory for ever once it is loaded. For JUCE's files too.
 if (CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
@@ -47,6 +53,10 @@ separate_arguments (PULSEWRIGHT_OWN_FLAGS)
 # Warnings are errors where CMAKE_COMPILE_WARNING_AS_ERROR asks for it, as ./dev does, and in our own files alone: a
 # packager's compiler is newer than ours.
 set (own_warnings -Wall -Wextra -Wshadow -Wconversion)
+
+if (EMSCRIPTEN)
+    list (APPEND own_warnings -Wno-shorten-64-to-32) # of positions that were compared with a size before
+endif()
 
 if (CMAKE_COMPILE_WARNING_AS_ERROR)
     list (APPEND own_warnings -Werror)

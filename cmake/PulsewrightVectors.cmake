@@ -5,7 +5,14 @@
 # found out when it runs: one binary serves them all.
 
 # The headers are all of it; Debian's CMake package would also link a library that it does not bring.
-find_path (XSIMD_INCLUDE_DIR xsimd/xsimd.hpp REQUIRED)
+find_path (XSIMD_INCLUDE_DIR xsimd/xsimd.hpp PATHS /usr/local/include /usr/include REQUIRED NO_CMAKE_FIND_ROOT_PATH)
+
+# A cross-compiler gets them alone: the other headers beside them are this system's.
+if (EMSCRIPTEN)
+    file (MAKE_DIRECTORY "${PROJECT_BINARY_DIR}/include")
+    file (CREATE_LINK "${XSIMD_INCLUDE_DIR}/xsimd" "${PROJECT_BINARY_DIR}/include/xsimd" SYMBOLIC)
+    set (XSIMD_INCLUDE_DIR "${PROJECT_BINARY_DIR}/include")
+endif()
 
 add_library (pulsewright_vectors STATIC
     source/vectors/VectorKinds.cpp

@@ -359,7 +359,7 @@ TEST (Lv2Transport, KeepsTheBeatThatTheHostDoesNotName)
           { atBar (100, 2.0, {}), { { 2, 60 } } } },
         // Numbers that cannot be played do no lasting harm.
         { { at (latest - 5, 60), { { 0x1p63 / 100, 60 } } }, { at (earliest, 60), { { -0x1p63 / 100, 60 } } }, { at (0, nan, false), {} },
-          { at (0, 60), { { 0, 60 } } } } };
+          { at (100, -60), { { 0, -60 } } }, { at (0, 60), { { 0, 60 } } } } };
     // clang-format on
 
     for (const auto& story : stories)

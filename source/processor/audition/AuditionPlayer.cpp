@@ -13,6 +13,7 @@ void AuditionPlayer::prepare (double newSampleRate)
 {
     sampleRate = newSampleRate;
     playing    = false;
+    strokes.reserve (usualStrokes);
     synth.prepare (newSampleRate);
 }
 
@@ -46,6 +47,12 @@ void AuditionPlayer::takeUpcoming()
     current = upcoming;
 }
 
+void AuditionPlayer::addStroke (const NoteOn& stroke)
+{
+    const auto isEarlier = [] (int sample, const NoteOn& other) { return sample < other.sample; };
+    strokes.insert (std::upper_bound (strokes.begin(), strokes.end(), stroke.sample, isEarlier), stroke);
+}
+
 void AuditionPlayer::openWindow()
 {
     takeUpcoming();
@@ -63,9 +70,8 @@ void AuditionPlayer::openWindow()
                 [this] (const NoteEvent& event)
                 {
                     if (event.status == NoteEvent::noteOn && event.velocity > 0)
-                        strokes.push_back ({ event.sampleOffset, event.note, event.velocity });
+                        addStroke ({ event.sampleOffset, event.note, event.velocity });
                 });
-    std::stable_sort (strokes.begin(), strokes.end(), [] (const auto& a, const auto& b) { return a.sample < b.sample; });
 }
 
 void AuditionPlayer::renderPiece (const SoundBlock<float>& piece, int kit)

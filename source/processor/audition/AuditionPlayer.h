@@ -25,7 +25,8 @@ struct Audition
 
 /** Searches the music for strokes in windows of windowSize samples, counted from the start. So the samples do not depend on
     how they are asked for, and a change is heard from the next window on, without a gap.
-    Thread: any, one at a time. Allocates: where a window has more strokes than any before.
+    Thread: any, one at a time. Blocks: never. Allocates: in prepare(), and in render() where a window has thousands of strokes;
+    render() frees the music that is no longer played.
 */
 class AuditionPlayer
 {
@@ -56,9 +57,12 @@ public:
     void render (float* left, float* right, int numSamples, int kit);
 
 private:
+    static constexpr std::size_t usualStrokes = 4096; // of a window; the densest song has some fifty
+
     double beatsPerSample() const noexcept { return current.tempoBpm / (sampleRate * 60.0); }
     void countFrom (double newOrigin) noexcept;
     void takeUpcoming();
+    void addStroke (const NoteOn& stroke);
     void openWindow();
     void renderPiece (const SoundBlock<float>& piece, int kit);
 
