@@ -327,8 +327,8 @@ TEST (Lv2Transport, KeepsTheBeatThatTheHostDoesNotName)
     const auto at = [] (std::int64_t sample, std::optional<double> named = {}, bool isRolling = true)
     { return HostPosition { .isRolling = isRolling, .beat = {}, .tempo = named, .sample = sample, .bar = {}, .beatsPerBar = {}, .loop = {} }; };
 
-    const auto atBar = [] (std::int64_t sample, double beat, std::optional<std::int64_t> bar)
-    { return HostPosition { .isRolling = true, .beat = beat, .tempo = 60.0, .sample = sample, .bar = bar, .beatsPerBar = 4, .loop = {} }; };
+    const auto atBar = [] (std::int64_t sample, double beat, std::optional<std::int64_t> bar, int beatsPerBar = 4)
+    { return HostPosition { .isRolling = true, .beat = beat, .tempo = 60.0, .sample = sample, .bar = bar, .beatsPerBar = beatsPerBar, .loop = {} }; };
     constexpr auto latest = std::numeric_limits<std::int64_t>::max(), earliest = std::numeric_limits<std::int64_t>::min();
     constexpr auto nan = std::numeric_limits<double>::quiet_NaN();
 
@@ -356,6 +356,7 @@ TEST (Lv2Transport, KeepsTheBeatThatTheHostDoesNotName)
           { atBar (800, 1.0, 2), { { 8, 60 } } },
           { atBar (400, 0.0, 0), { { 0, 60 } } },
           { atBar (600, 3.0, 0), { { 3, 60 } } },
+          { atBar (300, 2.0, 3, 1), { { 2, 60 } } },
           { atBar (100, 2.0, {}), { { 2, 60 } } } },
         // Numbers that cannot be played do no lasting harm.
         { { at (latest - 5, 60), { { 0x1p63 / 100, 60 } } }, { at (earliest, 60), { { -0x1p63 / 100, 60 } } }, { at (0, nan, false), {} },
