@@ -327,8 +327,8 @@ TEST (Lv2Transport, KeepsTheBeatThatTheHostDoesNotName)
     const auto at = [] (std::int64_t sample, std::optional<double> named = {}, bool isRolling = true)
     { return HostPosition { .isRolling = isRolling, .beat = {}, .tempo = named, .sample = sample, .bar = {}, .beatsPerBar = {}, .loop = {} }; };
 
-    const auto atBar = [] (std::int64_t sample, double beat, std::optional<std::int64_t> bar, int beatsPerBar = 4)
-    { return HostPosition { .isRolling = true, .beat = beat, .tempo = 60.0, .sample = sample, .bar = bar, .beatsPerBar = beatsPerBar, .loop = {} }; };
+    const auto atBar = [] (std::int64_t sample, double beat, std::optional<std::int64_t> bar, int beatsInBar = 4)
+    { return HostPosition { .isRolling = true, .beat = beat, .tempo = 60.0, .sample = sample, .bar = bar, .beatsPerBar = beatsInBar, .loop = {} }; };
     constexpr auto latest = std::numeric_limits<std::int64_t>::max(), earliest = std::numeric_limits<std::int64_t>::min();
     constexpr auto nan = std::numeric_limits<double>::quiet_NaN();
 
