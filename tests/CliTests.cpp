@@ -110,7 +110,7 @@ TEST (Cli, BadLinesEndWithTheChoices)
         { "find --like /dev/null",              "neither a MIDI file nor" },
         { "--version > /dev/null; echo '{\"hits\":[{\"start\":-1,\"velocity\":1,\"lane\":0}]}' | $T find --like /dev/stdin", "\"start\" is out of range" },
         { "show",                               "FILE is required" },
-        { "verify $T $($T pattern | tail -n 1)", "no MIDI file" },
+        { "verify /bin/sh $($T pattern | tail -n 1)", "no MIDI file" },
         { "show .",                             ".: could not be read: Is a directory" },
         { "show /dev/null",                     "no preset" },
         { "preset PW1-X",                       "46 letters" },

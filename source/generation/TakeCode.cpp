@@ -217,12 +217,12 @@ namespace
         std::vector<Slip> slips;
 
         for (std::size_t place = 0; place < numLetters; ++place)
-            for (std::uint8_t difference = 1; difference < alphabet.size(); ++difference)
+            for (std::uint32_t difference = 1; difference < alphabet.size(); ++difference)
             {
-                std::uint32_t change = difference;
+                auto change = difference;
                 for (auto rest = numLetters - 1 - place; rest > 0; --rest)
                     change = addLetter (change, 0);
-                slips.push_back ({ change, place, difference });
+                slips.push_back ({ change, place, static_cast<std::uint8_t> (difference) });
             }
 
         std::sort (slips.begin(), slips.end(), [] (const auto& a, const auto& b) { return a.change < b.change; });

@@ -318,7 +318,7 @@ def main(host, bundle, tool):
             print(f"Skipped: {each} is not installed.")
             return 77
 
-    for is_last in False, True:
+    for is_last in False, False, True:
         with tempfile.TemporaryDirectory(prefix="pulsewright-hosts-", ignore_cleanup_errors=True) as folder:
             scratch = pathlib.Path(folder)
             try:
