@@ -49,9 +49,9 @@ TEST (AuditionPlayer, ChangesAreHeardFromTheNextWindowOnWithoutAGap)
         bool playsOn;
     };
 
-    // The window after sample 30000 begins at 30720: beat 1.28.
+    // The window after sample 30000 begins at 30208: beat 1.2587.
     const Case cases[] { { "nothing", 4, Repeat::looped, 120.0, { 0, 24000, 48000, 72000, 96000 }, true },
-                         { "another tempo", 4, Repeat::looped, 240.0, { 0, 24000, 39360, 51360, 63360, 75360, 87360, 99360, 111360 }, true },
+                         { "another tempo", 4, Repeat::looped, 240.0, { 0, 24000, 39104, 51104, 63104, 75104, 87104, 99104, 111104 }, true },
                          { "a longer loop", 8, Repeat::looped, 120.0, { 0, 24000, 48000, 72000, 96000 }, true },
                          { "a song, from its first bar", 3, Repeat::once, 120.0, { 0, 24000, 48000 }, false },
                          { "silence", 0, Repeat::looped, 120.0, { 0, 24000 }, true } };

@@ -31,7 +31,7 @@ struct Audition
 class AuditionPlayer
 {
 public:
-    static constexpr int windowSize = 1024;
+    static constexpr int windowSize = 512; ///< as pulsewright-play-song asks the plug-in: the same onsets to the sample
 
     /** Stops and silences. @param newSampleRate  in hertz */
     void prepare (double newSampleRate);
