@@ -63,6 +63,11 @@ target_sources (Pulsewright PRIVATE
     source/editor/X11Messages.cpp
     source/editor/X11Messages.h)
 
+# The program that describes the VST3 to its bundle starts in Unicode.
+if (MINGW)
+    target_link_options (juce_vst3_helper PRIVATE -municode)
+endif()
+
 include (DeferVst3Restart)
 defer_vst3_restart()
 

@@ -11,6 +11,7 @@ namespace pulsewright
 
 namespace
 {
+#if JUCE_LINUX || JUCE_BSD
     constexpr const char* usualFolder = "~/.config";
 
     juce::String settingsFolder()
@@ -18,6 +19,15 @@ namespace
         const auto folder = juce::SystemStats::getEnvironmentVariable ("XDG_CONFIG_HOME", {});
         return juce::File::isAbsolutePath (folder) ? folder : juce::String (usualFolder);
     }
+
+    void copyFromUsualFolder (const juce::File& file)
+    {
+        const auto earlier = juce::File (usualFolder).getChildFile (file.getFileName());
+
+        if (! file.exists() && earlier.existsAsFile() && file.getParentDirectory().createDirectory())
+            earlier.copyFileTo (file); // where that fails, the app starts with default settings
+    }
+#endif
 
     bool isReadableState (const juce::String& text)
     {
@@ -42,14 +52,6 @@ namespace
 
         const auto* state = settings->getChildByAttribute ("name", "filterState");
         return state == nullptr || isReadableState (state->getStringAttribute ("val")) ? "" : "hold a state that cannot be restored";
-    }
-
-    void copyFromUsualFolder (const juce::File& file)
-    {
-        const auto earlier = juce::File (usualFolder).getChildFile (file.getFileName());
-
-        if (! file.exists() && earlier.existsAsFile() && file.getParentDirectory().createDirectory())
-            earlier.copyFileTo (file); // where that fails, the app starts with default settings
     }
 } // namespace
 

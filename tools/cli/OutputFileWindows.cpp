@@ -20,7 +20,10 @@
 #include <system_error>
 #include <utility>
 
+#ifndef NOMINMAX // as GCC's library does
 #define NOMINMAX
+#endif
+
 #define WIN32_LEAN_AND_MEAN
 #include <windows.h>
 
