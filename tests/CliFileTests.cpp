@@ -49,6 +49,12 @@ TEST (Cli, OutputsAreWholeOrNotThere)
         { "echo old > a.mid; ulimit -f 1; $T song --midi a.mid", 1, "cli: a.mid" + midiText, "a.mid 4 \n" },
         { "ulimit -f 1350; " + brief + "--wav a.wav", 1, "cli: a.wav" + otherText, "" }, // 58 bytes short
 
+        // Half an LV2 bundle can be made whole.
+        { "c=$($T pattern | tail -n 1); ! (ulimit -f 1; $T preset $c --lv2 b 2> /dev/null) && $T preset $c --lv2 b && ls b; rm -r b",
+          0,
+          "manifest.ttl\npresets.ttl\n",
+          "" },
+
         // A link stays, its file is replaced, or made at the end of the chain; a loop is refused.
         { "echo old > a; ln -s a b; $T pattern --midi b", 0, "", "a 296 \nb 1 a\n" },
         { "ln -s two one; ln -s three two; $T pattern --midi one", 0, "", "one 3 two\nthree 296 \ntwo 5 three\n" },
@@ -58,6 +64,8 @@ TEST (Cli, OutputsAreWholeOrNotThere)
         { "touch a; chown nobody a 2> /dev/null; stat -c %u a > b; $T pattern --midi a; stat -c %u a | cmp - b && rm a b", 0, "", "" },
         { "touch a; chmod 604 a; $T pattern --midi a; stat -c %a a; rm a", 0, "604", "" },
 
+        { "set -e; touch a; setfacl -m u:nobody:r a; $T pattern --midi a; getfacl -c a | grep nobody; rm a", 0, "user:nobody:r--", "" },
+
         // The same bytes wherever they go.
         { "set -e; mkfifo p; for o in json midi wav; do " + brief + "--$o a; " + brief + "--$o - | cmp - a; " + brief + "--$o /dev/stdout | cmp - a; "
               + brief + "--$o /dev/null; cmp p a & " + brief + "--$o p; wait $!; done; rm p a; echo same",
@@ -65,6 +73,9 @@ TEST (Cli, OutputsAreWholeOrNotThere)
           "same",
           "" },
         { "echo x > a; $T pattern --midi /dev/stdout >> a", 0, "", "a 298 \n" },
+        { "echo x > a; $T pattern --midi /dev/fd/3 3>> a", 0, "", "a 298 \n" },
+        { "$T pattern --json - --midi a > a", 2, "write to the same place", "a 0 \n" },
+        { "(python3 -c 'import os; os.set_blocking (1, False)'; " + brief + "--wav -) | (sleep 0.1; wc -c)", 0, "691258\n", "" },
         { brief + "--json /dev/null --midi /dev/null", 0, "", "" },
         { brief + "--wav a.flac --json /dev/null; soxi -s a.flac; soxi -b a.flac; rm a.flac", 0, "86400\n24\n", "" },
         { brief + "--wav a.wav; [ \"$(soxi -s a.wav; sox a.wav -n 2>&1)\" = 86400 ] && rm a.wav", 0, "", "" },

@@ -142,15 +142,18 @@ private:
                 {
                     const auto* stroke = strokes + i;
                     const auto bits    = __builtin_bit_cast(Words, Integers::gather (numbersOfBits, position[v])) >> 8;
-                    const auto played  = __builtin_bit_cast(Integers, bits) < Integers (stroke->limit);
-                    sum[v]             = sum[v] + xsimd::select (played, Integers (stroke->weight), Integers (0));
-                    position[v]        = position[v] + xsimd::select (played, Integers (whenDropped + morePlayed), Integers (whenDropped));
+
+                    // All bits where it is played, none where not. A comparison would ask for xsimd's select(), which
+                    // the AVX-512 of version 8 does not compile without optimisation.
+                    const auto played = (__builtin_bit_cast(Integers, bits) - Integers (stroke->limit)) >> 31;
+                    sum[v]            = sum[v] + (played & Integers (stroke->weight));
+                    position[v]       = position[v] + Integers (whenDropped) + (played & Integers (morePlayed));
 
                     if (stroke->isRival)
-                        wasPlayed[i][v] = xsimd::select (played, Integers (-1), Integers (0));
+                        wasPlayed[i][v] = played;
 
                     if (stroke->rival >= 0)
-                        sum[v] = sum[v] + xsimd::select (played, wasPlayed[stroke->rival][v] & Integers (stroke->together), Integers (0));
+                        sum[v] = sum[v] + (played & wasPlayed[stroke->rival][v] & Integers (stroke->together));
                 }
 
             for (std::size_t v = 0; v < vectors; ++v)

@@ -6,6 +6,8 @@
 #include "preset/UntrustedText.h"
 #include "processor/SavedState.h"
 
+#include <filesystem>
+
 namespace pulsewright
 {
 
@@ -50,17 +52,23 @@ namespace
         if (settings == nullptr)
             return "belong to another program";
 
-        const auto* state = settings->getChildByAttribute ("name", "filterState");
-        return state == nullptr || isReadableState (state->getStringAttribute ("val")) ? "" : "hold a state that cannot be restored";
+        // The app takes the last state that is named, or what stands inside an entry.
+        for (const auto* entry : settings->getChildIterator())
+            if (entry->getStringAttribute ("name") == "filterState"
+                && (entry->getNumChildElements() > 0 || ! isReadableState (entry->getStringAttribute ("val"))))
+                return "hold a state that cannot be restored";
+
+        return {};
     }
 } // namespace
 
 juce::PropertiesFile::Options settingsOptions()
 {
     juce::PropertiesFile::Options options;
-    options.applicationName     = "Pulsewright";
-    options.filenameSuffix      = ".settings";
-    options.osxLibrarySubFolder = "Application Support";
+    options.applicationName          = "Pulsewright";
+    options.filenameSuffix           = ".settings";
+    options.osxLibrarySubFolder      = "Application Support";
+    options.millisecondsBeforeSaving = 500;
 #if JUCE_LINUX || JUCE_BSD
     options.folderName = settingsFolder();
 #endif
@@ -76,7 +84,10 @@ PreparedSettings prepareSettings (const juce::File& file)
     if (! file.exists())
         return {};
 
-    const auto fault = file.existsAsFile() ? faultOf (file.loadFileAsString()) : "are not a file";
+    std::error_code error;
+    const auto name   = file.getFullPathName();
+    const bool isFile = std::filesystem::is_regular_file (reinterpret_cast<const char8_t*> (name.toRawUTF8()), error); // to read a pipe would wait
+    const auto fault  = isFile ? faultOf (file.loadFileAsString()) : "are not a file";
 
     if (fault.isEmpty())
         return {};

@@ -15,12 +15,14 @@
 #include <juce_audio_plugin_client/detail/juce_CheckSettingMacros.h>
 
 #include <array>
+#include <atomic>
 #include <cstdio>
 
 #if JUCE_LINUX
 #include <alsa/asoundlib.h>
 #include <cerrno>
 #include <csignal>
+#include <ctime>
 #include <fcntl.h>
 #include <unistd.h>
 #endif
@@ -94,9 +96,30 @@ namespace
 
     std::array<int, 2> signalPipe {};
 
-    void passSignalOn (int)
+    std::int64_t secondsSinceBoot()
     {
-        const auto error                   = errno;
+        timespec now {};
+        clock_gettime (CLOCK_MONOTONIC, &now);
+        return now.tv_sec;
+    }
+
+    void passSignalOn (int signal)
+    {
+        // A terminal that closes sends SIGHUP, and its shell sends one more: these are one.
+        constexpr int atOnce = 2; // seconds
+        static std::atomic<std::int64_t> first { 0 };
+        static_assert (std::atomic<std::int64_t>::is_always_lock_free);
+
+        const auto error = errno;
+        auto before      = std::int64_t { 0 };
+        const auto now   = secondsSinceBoot();
+
+        if (! first.compare_exchange_strong (before, now) && now - before >= atOnce)
+        {
+            std::signal (signal, SIG_DFL);
+            std::raise (signal);
+        }
+
         [[maybe_unused]] const auto result = write (signalPipe[1], "", 1);
         errno                              = error;
     }
@@ -109,7 +132,7 @@ namespace
             app->systemRequestedQuit();
     }
 
-    /** SIGTERM and its like close the app as its window's button does. A second one ends it at once. */
+    /** SIGTERM and its like close the app as its window's button does. One that comes seconds later ends it at once. */
     void quitOnSignals()
     {
         if (pipe2 (signalPipe.data(), O_CLOEXEC | O_NONBLOCK) != 0)
@@ -119,7 +142,7 @@ namespace
 
         struct sigaction action = {}, before = {};
         action.sa_handler = passSignalOn;
-        action.sa_flags   = static_cast<int> (SA_RESETHAND) | SA_RESTART;
+        action.sa_flags   = SA_RESTART;
 
         for (const int signal : { SIGHUP, SIGINT, SIGTERM })
             if (sigaction (signal, nullptr, &before) == 0 && before.sa_handler != SIG_IGN) // as under nohup
@@ -128,7 +151,7 @@ namespace
 #endif
 } // namespace
 
-class StandaloneApp final : public juce::JUCEApplication, private juce::ChangeListener
+class StandaloneApp final : public juce::JUCEApplication, private juce::ChangeListener, private juce::Timer
 {
 public:
     StandaloneApp() { settings.setStorageParameters (settingsOptions()); }
@@ -153,6 +176,10 @@ public:
         if (juce::Desktop::getInstance().getDisplays().displays.isEmpty())
             return leave (stderr, "pulsewright: There is no display to open a window on.\n", 1);
 
+#if JUCE_LINUX
+        std::signal (SIGPIPE, SIG_IGN); // nobody may be reading what is said
+#endif
+
         if (! openSettings())
             return leave (stderr, "", 1);
 
@@ -170,6 +197,7 @@ public:
 
         window->getDeviceManager().addChangeListener (this);
         nameWindow();
+        startTimer (millisecondsBetweenSaves);
 
         if (! hasSoundDevice())
             say ("There is no sound device: nothing plays. Options, Audio/MIDI Settings chooses one.");
@@ -180,6 +208,7 @@ public:
         if (window == nullptr)
             return;
 
+        stopTimer();
         window->getDeviceManager().removeChangeListener (this);
         window->pluginHolder->savePluginState();
         window.reset();
@@ -203,6 +232,13 @@ public:
     }
 
 private:
+    static constexpr int millisecondsBetweenSaves = 3000;
+
+    /** What is new is written now, in case the app is killed. */
+    void timerCallback() override
+    {
+        window->pluginHolder->savePluginState();
+    }
     void changeListenerCallback (juce::ChangeBroadcaster*) override
     {
         nameWindow();

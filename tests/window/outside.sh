@@ -31,7 +31,18 @@ app_until() {
 
 holds_state() { grep -q 'name="filterState" val="[0-9]*\.' "$settings"; }
 
-# What earlier versions kept is taken along, and SIGTERM saves.
+# What is new is saved by itself, for the app may be killed.
+rm -f "$settings"
+until_saved() { for _ in $(seq 100); do holds_state 2> /dev/null && break; sleep 0.1; done; cp "$settings" "$scratch/early"; kill -TERM "$1"; }
+app_until until_saved
+expect "the state is saved while the app runs" grep -q 'name="filterState"' "$scratch/early"
+
+# What earlier versions kept is taken along, and SIGTERM saves. A terminal that closes sends SIGHUP twice.
+rm "$settings"
+hang_up() { kill -HUP "$1"; sleep 0.01; kill -HUP "$1"; }
+app_until hang_up
+expect "two signals at once save the state" holds_state
+rm "$settings"
 app_until kill -TERM
 expect "SIGTERM saves the state" holds_state
 mv "$settings" "$HOME/.config/"
@@ -43,6 +54,7 @@ expect "which are not touched" [ -f "$HOME/.config/Pulsewright.settings" ]
 good=$(<"$settings") number=0
 for bad in "$(sed 's/name="filterState" val="[^"]*"/name="filterState" val="-1.AAAA"/' <<< "$good")" \
            "$(sed 's/name="filterState" val="[^"]*"/name="filterState" val="3.AAAA"/' <<< "$good")" \
+           "${good/<\/PROPERTIES>/<VALUE name=\"filterState\" val=\"3.AAAA\"/></PROPERTIES>}" \
            "<?xml version=\"1.0\"?><PROPERTIES>$(printf '<a>%.0s' $(seq 100000))</PROPERTIES>" \
            "${good%???}" PROP CPRP; do
     printf '%s' "$bad" > "$settings"
@@ -53,6 +65,11 @@ for bad in "$(sed 's/name="filterState" val="[^"]*"/name="filterState" val="-1.A
     expect "the app says so" grep -qF "${aside##*/}" "$log"
     expect "it starts with default settings" holds_state
 done
+
+rm "$settings"
+mkfifo "$settings"
+app_until kill -TERM
+expect "a pipe is set aside" grep -q "are not a file" "$log"
 
 XDG_CONFIG_HOME=/dev/null/settings app_until kill -TERM
 expect "settings that cannot be written are told" grep -q "cannot be written to /dev/null/settings/Pulsewright.settings" "$log"

@@ -9,14 +9,21 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
+#include <charconv>
 #include <climits>
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
+#include <optional>
+#include <poll.h>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
 #include <utility>
+
+#if defined(__linux__)
+#include <sys/xattr.h>
+#endif
 
 namespace pulsewright::cli
 {
@@ -51,6 +58,7 @@ namespace
         action            = {};
         action.sa_handler = endBySignal;
         action.sa_flags   = static_cast<int> (SA_RESETHAND);
+        ::sigfillset (&action.sa_mask); // no other signal ends the process before the file is removed
 
         if (! isIgnored) // by nohup, say
             ::sigaction (signal, &action, nullptr);
@@ -102,17 +110,59 @@ namespace
         return ::fchown (file, static_cast<uid_t> (-1), old.st_gid) == 0 && ::fchmod (file, old.st_mode & 07777u) == 0;
     }
 
+    /** Whether a new file in this one's place would have other rights, or there can be none. */
+    bool isMoreThanAName (const fs::path& file) noexcept
+    {
+#if defined(__linux__)
+        struct statx status = {};
+        const bool isMount  = ::statx (AT_FDCWD, file.c_str(), 0, 0, &status) == 0 && (status.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0;
+        return isMount || ::getxattr (file.c_str(), "system.posix_acl_access", nullptr, 0) > 0;
+#else
+        return false;
+#endif
+    }
+
+    /** The number of a file that the process was given open, where a name means one. */
+    std::optional<int> openFileOf (std::string_view name) noexcept
+    {
+        if (name == "-" || name == "/dev/stdout")
+            return STDOUT_FILENO;
+
+        if (name == "/dev/stderr")
+            return STDERR_FILENO;
+
+        for (const std::string_view folder : { "/dev/fd/", "/proc/self/fd/" })
+            if (name.starts_with (folder))
+            {
+                int number      = -1;
+                const auto* end = name.data() + name.size();
+
+                if (const auto read = std::from_chars (name.data() + folder.size(), end, number); read.ec == std::errc() && read.ptr == end)
+                    return number;
+            }
+
+        return {};
+    }
+
     bool isStandardOutput (std::string_view name) noexcept
     {
-        constexpr std::array<std::string_view, 4> names { "-", "/dev/stdout", "/dev/fd/1", "/proc/self/fd/1" };
-        return std::ranges::find (names, name) != names.end();
+        return openFileOf (name) == STDOUT_FILENO;
+    }
+
+    std::optional<struct stat> statusOf (const std::string& name) noexcept
+    {
+        struct stat status = {};
+        const auto number  = openFileOf (name);
+        const bool exists  = (number ? ::fstat (*number, &status) : ::stat (name.c_str(), &status)) == 0;
+        return exists ? std::optional (status) : std::nullopt;
     }
 } // namespace
 
 //==============================================================================
 OutputFile::OutputFile (std::string nameToUse, const char* messageWhenCut) : name (std::move (nameToUse)), cannotComplete (messageWhenCut)
 {
-    descriptor = isStandardOutput (name) ? ::dup (STDOUT_FILENO) : openTarget();
+    const auto number = openFileOf (name);
+    descriptor        = number ? ::dup (*number) : openTarget();
 
     if (descriptor < 0)
         fail (MidiFileWriter::cannotOpenMessage);
@@ -151,8 +201,9 @@ int OutputFile::openTarget()
         return inPlace;
 
     std::error_code error;
-    const auto file   = fs::canonical (name, error);
-    const bool isOurs = ! error && old.st_uid == ::geteuid() && old.st_nlink == 1; // a second name would keep the old file
+    const auto file = fs::canonical (name, error);
+    const bool isOurs =
+        ! error && old.st_uid == ::geteuid() && old.st_nlink == 1 && ! isMoreThanAName (file); // a second name would keep the old file
 
     if (const int aside = isOurs ? openAside (file) : -1; isAside)
     {
@@ -197,6 +248,14 @@ void OutputFile::write (std::string_view bytes)
 
         if (written >= 0)
             bytes.remove_prefix (static_cast<std::size_t> (written));
+        else if (errno == EAGAIN) // a pipe that another program has set not to wait
+        {
+            struct pollfd reader
+            {
+                descriptor, POLLOUT, 0
+            };
+            ::poll (&reader, 1, -1);
+        }
         else if (errno != EINTR)
             fail (cannotComplete);
     }
@@ -224,13 +283,17 @@ void writeOutput (const std::string& name, std::string_view bytes, const char* c
 
 bool areSameOutput (const std::string& a, const std::string& b)
 {
-    if (isStandardOutput (a) || isStandardOutput (b))
-        return isStandardOutput (a) && isStandardOutput (b);
+    const auto first = statusOf (a), second = statusOf (b);
+    const auto numberOfA = openFileOf (a), numberOfB = openFileOf (b);
+
+    if (first && second)
+        return first->st_dev == second->st_dev && first->st_ino == second->st_ino
+            && (! S_ISCHR (first->st_mode) || (numberOfA && numberOfA == numberOfB));
 
     std::error_code error;
     const auto here  = fs::current_path (error);
     const auto place = [&here] (const std::string& name) { return endOfLinks (here / name).lexically_normal(); };
-    return ! fs::is_character_file (a, error) && (place (a) == place (b) || fs::equivalent (a, b, error));
+    return numberOfA == numberOfB && place (a) == place (b);
 }
 
 bool isStandardOutputTerminal() noexcept
@@ -249,7 +312,7 @@ void prepareProcessForWriting() noexcept
     ::close (unused);
     ::signal (SIGXFSZ, SIG_IGN);
 
-    for (const int signal : { SIGHUP, SIGINT, SIGPIPE, SIGQUIT, SIGTERM })
+    for (const int signal : { SIGHUP, SIGINT, SIGPIPE, SIGQUIT, SIGTERM, SIGXCPU })
         installHandler (signal);
 }
 

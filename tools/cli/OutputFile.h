@@ -24,8 +24,9 @@ struct WriteFailure : std::runtime_error
     also when a signal ends the process. One at a time.
 
     The bytes go into a new file beside the target; a rename then replaces the target. These are written directly,
-    because a rename would change what they are or is not possible: a device, a pipe, a file of another user, a file
-    with a second name, a file in a folder that takes no new files.
+    because a rename would change what they are or is not possible: a device, a pipe, a file that was handed over open
+    (/dev/fd/3), a file of another user, one with a second name or an access control list, one that is mounted by itself,
+    one in a folder that takes no new files.
 */
 class OutputFile
 {

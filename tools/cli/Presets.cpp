@@ -150,8 +150,8 @@ namespace
             throw WriteFailure (folder + ": holds an LV2 bundle already; each preset needs a new folder");
 
         const auto files = lv2PresetsOf ({ preset });
-        writeOutput (folder + "/manifest.ttl", files.manifest);
         writeOutput (folder + "/presets.ttl", files.presets);
+        writeOutput (folder + "/manifest.ttl", files.manifest); // makes it a bundle
     }
 } // namespace
 
