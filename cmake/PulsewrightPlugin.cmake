@@ -63,6 +63,11 @@ target_sources (Pulsewright PRIVATE
     source/editor/X11Messages.cpp
     source/editor/X11Messages.h)
 
+# The program that describes the VST3 to its bundle starts in Unicode.
+if (MINGW)
+    target_link_options (juce_vst3_helper PRIVATE -municode)
+endif()
+
 include (DeferVst3Restart)
 defer_vst3_restart()
 
@@ -83,7 +88,7 @@ set_source_files_properties (${pulsewright_sources} PROPERTIES
     COMPILE_OPTIONS "$<TARGET_PROPERTY:pulsewright_warnings,INTERFACE_COMPILE_OPTIONS>")
 
 target_compile_definitions (Pulsewright PUBLIC
-    JUCE_JACK=1 # opened at run time, by the standalone app alone
+    JUCE_JACK=$<PLATFORM_ID:Linux> # opened at run time, by the standalone app alone
     JUCE_MODAL_LOOPS_PERMITTED=1 # tools and tests run the message loop for a while
     JUCE_PLUGINHOST_VST3=1 # for the offline host and the tests
     JUCE_REPORT_APP_USAGE=0
@@ -91,6 +96,7 @@ target_compile_definitions (Pulsewright PUBLIC
     JUCE_USE_CURL=0
     JUCE_USE_FLAC=0
     JUCE_USE_OGGVORBIS=0
+    JUCE_USE_WINDOWS_MEDIA_FORMAT=0
     JUCE_VST3_CAN_REPLACE_VST2=0
     JUCE_WEB_BROWSER=0)
 

@@ -155,14 +155,6 @@ INSTANTIATE_TEST_SUITE_P (BlockSizes,
 
 TEST (Bundle, PlaysWhatAPresetHolds)
 {
-    /** Loads a preset as Steinberg's own reader does it, and saves one. */
-    struct Presets final : juce::ExtensionsVisitor
-    {
-        void visitVST3Client (const VST3Client& client) override { isTaken = client.setPreset (preset), preset = client.getPreset(); }
-        juce::MemoryBlock preset;
-        bool isTaken = false;
-    };
-
     std::mt19937 random (1);
 
     for (int i = 0; i < 4; ++i)
@@ -176,12 +168,8 @@ TEST (Bundle, PlaysWhatAPresetHolds)
 
         auto host        = loadBundle();
         const auto bytes = vstPresetOf (stateOf (take), "A take");
-        Presets presets;
-        presets.preset = { bytes.data(), bytes.size() };
-        host.plugin().getExtensions (presets);
-        ASSERT_TRUE (presets.isTaken);
-
-        const auto kept = stateInVstPreset ({ static_cast<const char*> (presets.preset.getData()), presets.preset.getSize() });
+        const auto saved = host.loadPreset ({ bytes.data(), bytes.size() });
+        const auto kept  = stateInVstPreset ({ static_cast<const char*> (saved.getData()), saved.getSize() });
         PulsewrightAudioProcessor expected;
         expected.setStateInformation (kept.data(), static_cast<int> (kept.size()));
         EXPECT_EQ (expected.getChosenTake(), take) << "as the plug-in saves it";

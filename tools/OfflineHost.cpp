@@ -59,6 +59,25 @@ void OfflineHost::forgetRecordedMidi()
     samplesPlayed = 0;
 }
 
+juce::MemoryBlock OfflineHost::loadPreset (const juce::MemoryBlock& preset)
+{
+    struct Presets final : juce::ExtensionsVisitor
+    {
+        void visitVST3Client (const VST3Client& client) override { isTaken = client.setPreset (bytes), bytes = client.getPreset(); }
+        juce::MemoryBlock bytes;
+        bool isTaken = false;
+    };
+
+    Presets presets;
+    presets.bytes = preset;
+    instance->getExtensions (presets);
+
+    if (! presets.isTaken)
+        throw std::runtime_error ("The plug-in does not take the preset");
+
+    return presets.bytes;
+}
+
 void OfflineHost::setParameter (const juce::String& id, float normalisedValue)
 {
     for (auto* parameter : instance->getParameters())

@@ -45,6 +45,12 @@ public:
     const std::vector<RecordedMessage>& recordedMidi() const noexcept { return recorded; }
     void forgetRecordedMidi();
 
+    /** Gives the plug-in a .vstpreset, as Steinberg's own reader does.
+        @returns  the preset that the plug-in then saves
+        @throws   std::runtime_error  when it does not take the preset
+    */
+    juce::MemoryBlock loadPreset (const juce::MemoryBlock& preset);
+
     /** Sets a parameter by its ID, to a value from 0 to 1. The plug-in sees it in the next block. */
     void setParameter (const juce::String& id, float normalisedValue);
 

@@ -1,13 +1,15 @@
 // SPDX-FileCopyrightText: 2026 Tolm
 // SPDX-License-Identifier: AGPL-3.0-only
 
-// Plays the song of a fresh instance through the built bundle and leaves it as song.wav and song.mid.
+// Plays a song through the built bundle and leaves it as song.wav and song.mid: that of a fresh instance, or that of a
+// preset, which it also leaves as the bundle saves it, song.vstpreset.
 
 #include "OfflineHost.h"
 #include "Progress.h"
 #include "WavFile.h"
 
 #include "export/MidiFileWriter.h"
+#include "preset/PresetFiles.h"
 #include "processor/PulsewrightAudioProcessor.h"
 
 #include <algorithm>
@@ -75,14 +77,27 @@ namespace
         }
     }
 
-    void run (const juce::File& bundle, const juce::File& folder)
+    /** Has both play what a preset holds. @returns the preset that the bundle saves */
+    juce::MemoryBlock restore (const juce::File& preset, OfflineHost& host, PulsewrightAudioProcessor& twin)
     {
-        // What a fresh instance is about to play: the one in the bundle does not hand out its song.
-        const PulsewrightAudioProcessor fresh;
-        const auto song  = fresh.getSong();
-        const auto tempo = fresh.getEffectiveBpm();
+        juce::MemoryBlock bytes;
 
+        if (! preset.loadFileAsData (bytes))
+            throw std::runtime_error ("Could not read " + preset.getFullPathName().toStdString());
+
+        const auto saved = host.loadPreset (bytes);
+        const auto state = stateInVstPreset ({ static_cast<const char*> (saved.getData()), saved.getSize() });
+        twin.setStateInformation (state.data(), static_cast<int> (state.size()));
+        return saved;
+    }
+
+    void run (const juce::File& bundle, const juce::File& folder, const juce::File& preset)
+    {
         OfflineHost host (bundle, sampleRate, blockSize);
+        PulsewrightAudioProcessor twin; // what the bundle is about to play: the instance in it does not hand out its song
+        const auto saved = preset == juce::File() ? juce::MemoryBlock() : restore (preset, host, twin);
+        const auto song  = twin.getSong();
+        const auto tempo = twin.getEffectiveBpm();
         host.setParameter ("play_mode", 1.0f);
 
         const auto startTime = juce::Time::getMillisecondCounterHiRes();
@@ -101,6 +116,9 @@ namespace
         const auto wav  = folder.getChildFile ("song.wav");
         const auto midi = folder.getChildFile ("song.mid");
         writeWav (wav, recording.audio);
+
+        if (! saved.isEmpty() && ! folder.getChildFile ("song.vstpreset").replaceWithData (saved.getData(), saved.getSize()))
+            throw std::runtime_error ("Could not write song.vstpreset");
 
         std::string error;
         if (! MidiFileWriter::saveSongToMidiFile (midi.getFullPathName().toStdString(), song, tempo, &error))
@@ -126,18 +144,19 @@ namespace
 
 int main (int argc, char* argv[])
 {
-    if (argc != 3)
+    if (argc != 3 && argc != 4)
     {
-        std::fprintf (stderr, "usage: %s BUNDLE.vst3 FOLDER\n", argv[0]);
+        std::fprintf (stderr, "usage: %s BUNDLE.vst3 FOLDER [PRESET.vstpreset]\n", argv[0]);
         return 2;
     }
 
     const juce::ScopedJuceInitialiser_GUI juceIsUp;
-    const auto here = juce::File::getCurrentWorkingDirectory();
+    const auto here     = juce::File::getCurrentWorkingDirectory();
+    const auto argument = [here, argv] (int i) { return here.getChildFile (juce::String::fromUTF8 (argv[i])); };
 
     try
     {
-        pulsewright::run (here.getChildFile (juce::String::fromUTF8 (argv[1])), here.getChildFile (juce::String::fromUTF8 (argv[2])));
+        pulsewright::run (argument (1), argument (2), argc == 4 ? argument (3) : juce::File());
     }
     catch (const std::exception& failure)
     {

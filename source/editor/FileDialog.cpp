@@ -11,6 +11,7 @@ namespace
     // No one reads a dialog and cancels it faster; a program that cannot start is gone by then.
     constexpr double shortestDialogMs = 500.0;
 
+#if JUCE_LINUX || JUCE_BSD
     bool runs (const juce::String& command)
     {
         constexpr int longestMs = 3000;
@@ -25,6 +26,7 @@ namespace
 
         return program.getExitCode() == 0;
     }
+#endif
 
     /** Whether the program that JUCE will start can be started: one whose libraries do not fit takes any time to fail,
         and JUCE does not tell its failure from a dialog that was cancelled.

@@ -20,6 +20,11 @@ namespace
         return documents == juce::File() ? juce::File::getCurrentWorkingDirectory().getChildFile (name) : documents.getChildFile (name);
     }
 
+    std::filesystem::path pathOf (const juce::File& file)
+    {
+        return reinterpret_cast<const char8_t*> (file.getFullPathName().toRawUTF8());
+    }
+
     template <typename Music>
     juce::File writeForDrag (const Music& music, const char* kind, int tempoBpm, std::string& errorText)
     {
@@ -40,9 +45,10 @@ namespace
 
         // Not JUCE's, which copies where it cannot rename: a reader could see half a file.
         std::error_code error;
-        std::filesystem::rename (written.getFile().getFullPathName().toStdString(), file.getFullPathName().toStdString(), error);
+        std::filesystem::rename (pathOf (written.getFile()), pathOf (file), error);
 
-        if (error)
+        // Windows replaces no file that somebody reads. Most often it is the one that would take its place.
+        if (error && ! file.hasIdenticalContentTo (written.getFile()))
         {
             errorText = MidiFileWriter::cannotOpenMessage;
             return {};

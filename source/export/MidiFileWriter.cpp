@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <filesystem>
 #include <fstream>
 #include <limits>
 #include <span>
@@ -205,7 +206,7 @@ namespace
             return false;
         };
 
-        std::ofstream file (path, std::ios::binary | std::ios::trunc);
+        std::ofstream file (std::filesystem::path (std::u8string (path.begin(), path.end())), std::ios::binary | std::ios::trunc);
 
         if (! file.is_open())
             return fail (MidiFileWriter::cannotOpenMessage);

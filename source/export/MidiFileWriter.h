@@ -43,7 +43,7 @@ struct MidiFileWriter
 
     /** Writes the file, replacing what is there. Blocks on the disk.
 
-        @param path       in the platform's own encoding
+        @param path       in UTF-8; other bytes are taken as they are where the system allows it
         @param errorText  if given, receives one of the two messages above on failure
         @returns          false when the file could not be opened (nothing is written) or not be
                           written to its end (a part of it may be left)

@@ -13,6 +13,7 @@ namespace pulsewright
 
 namespace
 {
+#if JUCE_LINUX || JUCE_BSD
     constexpr const char* usualFolder = "~/.config";
 
     juce::String settingsFolder()
@@ -20,6 +21,15 @@ namespace
         const auto folder = juce::SystemStats::getEnvironmentVariable ("XDG_CONFIG_HOME", {});
         return juce::File::isAbsolutePath (folder) ? folder : juce::String (usualFolder);
     }
+
+    void copyFromUsualFolder (const juce::File& file)
+    {
+        const auto earlier = juce::File (usualFolder).getChildFile (file.getFileName());
+
+        if (! file.exists() && earlier.existsAsFile() && file.getParentDirectory().createDirectory())
+            earlier.copyFileTo (file); // where that fails, the app starts with default settings
+    }
+#endif
 
     bool isReadableState (const juce::String& text)
     {
@@ -49,14 +59,6 @@ namespace
                 return "hold a state that cannot be restored";
 
         return {};
-    }
-
-    void copyFromUsualFolder (const juce::File& file)
-    {
-        const auto earlier = juce::File (usualFolder).getChildFile (file.getFileName());
-
-        if (! file.exists() && earlier.existsAsFile() && file.getParentDirectory().createDirectory())
-            earlier.copyFileTo (file); // where that fails, the app starts with default settings
     }
 } // namespace
 

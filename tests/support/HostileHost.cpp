@@ -19,7 +19,11 @@
 #include <string>
 #include <vector>
 
+#if JUCE_LINUX
 #include <X11/Xlib.h>
+#elif JUCE_WINDOWS
+#include <windows.h>
+#endif
 
 namespace pulsewright
 {
@@ -174,9 +178,14 @@ namespace
 
     bool isInMemory (const juce::File& bundle)
     {
+#if JUCE_WINDOWS
+        return GetModuleHandleW (bundle.getFileName().toWideCharPointer()) != nullptr;
+#else
         return juce::File ("/proc/self/maps").loadFileAsString().contains (bundle.getFullPathName());
+#endif
     }
 
+#if JUCE_LINUX
     bool isServerThere()
     {
         auto* display = XOpenDisplay (nullptr);
@@ -229,6 +238,7 @@ namespace
         host->closeWindow();
         require (! host->save().isEmpty(), "it can be saved");
     }
+#endif
 
     void playRounds (const juce::File& bundle, unsigned seed, int rounds, double seconds)
     {
@@ -267,11 +277,13 @@ int main (int argc, char** argv)
 
     try
     {
-        const juce::File bundle (arguments.at (0));
+        const auto bundle  = juce::File::getCurrentWorkingDirectory().getChildFile (arguments.at (0));
         const auto seconds = option ("--seconds", 0);
 
+#if JUCE_LINUX
         if (arguments.back() == "--window")
             return pulsewright::keepWindowOpen (bundle), EXIT_SUCCESS;
+#endif
 
         pulsewright::playRounds (bundle,
                                  option ("--seed", std::random_device()()),

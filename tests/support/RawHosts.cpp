@@ -23,7 +23,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <dlfcn.h>
 #include <stdexcept>
 
 namespace pulsewright
@@ -40,25 +39,28 @@ namespace
     struct Module
     {
         explicit Module (const juce::File& bundle)
-            : handle (
-                dlopen (bundle.findChildFiles (juce::File::findFiles, true, "*.so").getFirst().getFullPathName().toRawUTF8(), RTLD_NOW | RTLD_LOCAL))
+            : library (bundle.findChildFiles (juce::File::findFiles, true, "*.so;*.vst3").getFirst().getFullPathName())
         {
-            require (handle != nullptr, "the module does not load");
+            require (library.getNativeHandle() != nullptr, "the module does not load");
         }
-
-        ~Module() { dlclose (handle); }
 
         template <typename Function>
-        Function find (const char* name) const
+        Function find (const char* name)
         {
-            return reinterpret_cast<Function> (dlsym (handle, name));
+            return reinterpret_cast<Function> (library.getFunction (name));
         }
 
-        void* handle;
+        juce::DynamicLibrary library;
     };
 
     //==============================================================================
     namespace Vst = Steinberg::Vst;
+
+#if JUCE_WINDOWS
+    constexpr const char *moduleEntry = "InitDll", *moduleExit = "ExitDll";
+#else
+    constexpr const char *moduleEntry = "ModuleEntry", *moduleExit = "ModuleExit";
+#endif
 
     struct EventList final : Vst::IEventList
     {
@@ -110,7 +112,7 @@ namespace
     {
         RawVst3 (const juce::File& bundle, double rate) : module (bundle)
         {
-            require (module.find<bool (*) (void*)> ("ModuleEntry") (module.handle), "ModuleEntry");
+            require (module.find<bool (*) (void*)> (moduleEntry) (module.library.getNativeHandle()), moduleEntry);
             factory = module.find<Steinberg::IPluginFactory* (*) ()> ("GetPluginFactory")();
 
             for (Steinberg::int32 i = 0; i < factory->countClasses(); ++i)
@@ -144,7 +146,7 @@ namespace
             processor->release();
             component->release();
             factory->release();
-            module.find<bool (*)()> ("ModuleExit")();
+            module.find<bool (*)()> (moduleExit)();
         }
 
         bool play (const RawBlock& block) override

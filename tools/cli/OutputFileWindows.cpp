@@ -20,6 +20,13 @@
 #include <system_error>
 #include <utility>
 
+#ifndef NOMINMAX // as GCC's library does
+#define NOMINMAX
+#endif
+
+#define WIN32_LEAN_AND_MEAN
+#include <windows.h>
+
 namespace pulsewright::cli
 {
 
@@ -147,7 +154,8 @@ bool isStandardOutputTerminal() noexcept
 
 void prepareProcessForWriting() noexcept
 {
-    ::_setmode (_fileno (stdout), _O_BINARY);
+    ::SetConsoleOutputCP (CP_UTF8);           // which is what the names of files are in: see windows/Utf8.manifest
+    ::_setmode (_fileno (stdout), _O_BINARY); // lines end as in files, and sound stays as it is
 
     for (const int signal : { SIGINT, SIGTERM })
         std::signal (signal, endBySignal);

@@ -11,6 +11,11 @@
 #include <cstdio>
 #include <memory>
 
+#if JUCE_WINDOWS
+#include <fcntl.h>
+#include <io.h>
+#endif
+
 namespace pulsewright
 {
 
@@ -52,6 +57,10 @@ int main (int argc, char* argv[])
         std::fprintf (stderr, "usage: %s WIDTH HEIGHT SCALE GENRE TAKE > FILE\n", argv[0]);
         return 2;
     }
+
+#if JUCE_WINDOWS
+    _setmode (_fileno (stdout), _O_BINARY);
+#endif
 
     const juce::ScopedJuceInitialiser_GUI juceIsUp;
     const juce::StringArray values (argv + 1, argc - 1);
