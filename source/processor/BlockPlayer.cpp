@@ -62,7 +62,7 @@ namespace
     struct NoDenormals : juce::ScopedNoDenormals
     {
         NoDenormals() PULSEWRIGHT_NONBLOCKING = default;
-        ~NoDenormals() PULSEWRIGHT_NONBLOCKING {}
+        ~NoDenormals() PULSEWRIGHT_NONBLOCKING {} // NOLINT(modernize-use-equals-default): JUCE's is not marked
     };
 
     /** Fills memory that the host has made. */

@@ -85,7 +85,7 @@ namespace
 Distance GrooveTarget::between (const TargetStroke& a, const TargetStroke& b) noexcept
 {
     const auto apart = std::min (reach, std::abs (a.tick - b.tick));
-    return Distance { std::abs (a.mass - b.mass) } * reach + Distance { 2 * std::min (a.mass, b.mass) } * apart;
+    return Distance { std::abs (a.mass - b.mass) } * reach + Distance { std::min (a.mass, b.mass) } * 2 * apart;
 }
 
 std::int32_t GrooveTarget::tickOf (double start, std::int32_t bars) noexcept
@@ -128,10 +128,12 @@ void GrooveTarget::setExample (const std::vector<DrumHit>& hits, std::int32_t ex
         auto& lane = lanes[index];
         lane       = { .kind = TargetLane::Kind::example, .strokes = {}, .signs = {} };
 
+        const double step = isFolded ? length : exampleLength;
+
         for (const auto& hit : hits)
             if (static_cast<std::size_t> (hit.lane) == index)
-                for (double start = std::fmod (hit.start, length); start < length; start += isFolded ? length : exampleLength)
-                    lane.strokes.push_back ({ tickOf (start, numBars), massOf (hit.velocity) });
+                for (int copy = 0; std::fmod (hit.start, length) + copy * step < length; ++copy)
+                    lane.strokes.push_back ({ tickOf (std::fmod (hit.start, length) + copy * step, numBars), massOf (hit.velocity) });
 
         sortInTime (lane.strokes);
 

@@ -28,7 +28,7 @@ namespace
     class Nearest
     {
     public:
-        Nearest (const TakeQuery& queryToAnswer) : query (queryToAnswer) { takes.reserve (query.top + 1); }
+        explicit Nearest (const TakeQuery& queryToAnswer) : query (queryToAnswer) { takes.reserve (query.top + 1); }
 
         /** The farthest that is still worth a look. */
         Distance limit() const noexcept { return takes.size() < query.top ? std::numeric_limits<Distance>::max() : takes.back().distance; }
@@ -267,6 +267,8 @@ TakesFound findTakes (const TakeQuery& query,
 
     {
         std::vector<std::jthread> threads;
+        threads.reserve (jobs.size());
+
         for (const auto& job : jobs)
             threads.emplace_back ([&job] { job->run(); });
 
