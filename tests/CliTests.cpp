@@ -150,8 +150,9 @@ TEST (Cli, CodesBringTakesBack)
         const auto command = std::string (line).substr (0, std::string (line).find (' '));
         const auto made    = jsonFrom (line);
         const auto code    = made.at ("code").get<std::string>();
-        EXPECT_EQ (jsonFrom (command + " --code " + code), made) << line;
-        EXPECT_EQ (jsonFrom (command + " --code " + code + " --density 0.9"), jsonFrom (std::string (line) + " --density 0.9"));
+        const auto again   = std::string (command).append (" --code ").append (code);
+        EXPECT_EQ (jsonFrom (again), made) << line;
+        EXPECT_EQ (jsonFrom (again + " --density 0.9"), jsonFrom (std::string (line) + " --density 0.9"));
         EXPECT_NE (cli (line).output.find ("\n" + code + "\n"), std::string::npos);
     }
 

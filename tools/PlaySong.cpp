@@ -85,7 +85,7 @@ namespace
         if (! preset.loadFileAsData (bytes))
             throw std::runtime_error ("Could not read " + preset.getFullPathName().toStdString());
 
-        const auto saved = host.loadPreset (bytes);
+        auto saved       = host.loadPreset (bytes);
         const auto state = stateInVstPreset ({ static_cast<const char*> (saved.getData()), saved.getSize() });
         twin.setStateInformation (state.data(), static_cast<int> (state.size()));
         return saved;

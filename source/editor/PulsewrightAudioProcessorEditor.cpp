@@ -195,7 +195,7 @@ juce::File PulsewrightAudioProcessorEditor::createDragMidiFile (Export what)
 {
     std::string error;
     const auto write = [&] (const auto& music) { return midiExport::fileForDrag (music, processor.getEffectiveBpm(), error); };
-    const auto file  = std::visit (write, musicOf (what));
+    auto file        = std::visit (write, musicOf (what));
 
     if (file == juce::File())
         report (what == Export::song ? songDragButton : patternDragButton, "DRAG EXPORT FAILED  " + asText (error), "Drag failed: " + asText (error));

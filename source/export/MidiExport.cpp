@@ -29,7 +29,7 @@ namespace
     juce::File writeForDrag (const Music& music, const char* kind, int tempoBpm, std::string& errorText)
     {
         const auto folder = juce::File::getSpecialLocation (juce::File::tempDirectory).getChildFile ("Pulsewright MIDI");
-        const auto file   = folder.getChildFile ("Pulsewright " + juce::String (kind) + " " + juce::String (music.seed) + ".mid");
+        auto file         = folder.getChildFile ("Pulsewright " + juce::String (kind) + " " + juce::String (music.seed) + ".mid");
 
         if (! makePrivateFolder (folder))
         {

@@ -166,7 +166,7 @@ private:
         std::uint64_t isNear = 0;
 
         for (std::size_t stream = 0; stream < streams; ++stream)
-            isNear |= std::uint64_t { sums[stream] <= limit } << stream;
+            isNear |= (sums[stream] <= limit ? std::uint64_t { 1 } : 0) << stream;
 
         return isNear;
     }

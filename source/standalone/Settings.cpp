@@ -85,14 +85,13 @@ PreparedSettings prepareSettings (const juce::File& file)
         return {};
 
     std::error_code error;
-    const auto name   = file.getFullPathName();
-    const bool isFile = std::filesystem::is_regular_file (reinterpret_cast<const char8_t*> (name.toRawUTF8()), error); // to read a pipe would wait
+    const auto& path  = file.getFullPathName();
+    const bool isFile = std::filesystem::is_regular_file (reinterpret_cast<const char8_t*> (path.toRawUTF8()), error); // to read a pipe would wait
     const auto fault  = isFile ? faultOf (file.loadFileAsString()) : "are not a file";
 
     if (fault.isEmpty())
         return {};
 
-    const auto path  = file.getFullPathName();
     const auto aside = file.getParentDirectory().getNonexistentChildFile (file.getFileName() + ".bad", {}, false);
 
     if (file.moveFileTo (aside))
