@@ -62,7 +62,9 @@ namespace
     constexpr const char *moduleEntry = "ModuleEntry", *moduleExit = "ModuleExit";
 #endif
 
-    struct EventList final : Vst::IEventList
+    constexpr Steinberg::TBool on = 1, off = 0;
+
+    struct EventList final : Vst::IEventList // NOLINT(cppcoreguidelines-virtual-class-destructor): as the interface
     {
         Steinberg::int32 PLUGIN_API getEventCount() override { return static_cast<Steinberg::int32> (events.size()); }
         Steinberg::tresult PLUGIN_API addEvent (Vst::Event& e) override { return events.push_back (e), Steinberg::kResultOk; }
@@ -132,16 +134,16 @@ namespace
 
             for (const auto kind : { Vst::kAudio, Vst::kEvent })
                 for (const auto direction : { Vst::kInput, Vst::kOutput })
-                    component->activateBus (kind, direction, 0, true);
+                    component->activateBus (kind, direction, 0, on);
 
-            component->setActive (true);
-            processor->setProcessing (true);
+            component->setActive (on);
+            processor->setProcessing (on);
         }
 
         ~RawVst3() override
         {
-            processor->setProcessing (false);
-            component->setActive (false);
+            processor->setProcessing (off);
+            component->setActive (off);
             component->terminate();
             processor->release();
             component->release();
@@ -354,6 +356,7 @@ namespace
 
         void openWindow (unsigned long parent) override
         {
+            // NOLINTNEXTLINE(performance-no-int-to-ptr): a window of X11's is a number
             const LV2_Feature self { LV2_INSTANCE_ACCESS_URI, instance }, inside { LV2_UI__parent, reinterpret_cast<void*> (parent) };
             const std::array<const LV2_Feature*, 3> features { &self, &inside, nullptr };
             LV2UI_Widget widget = nullptr;
