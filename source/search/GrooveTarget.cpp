@@ -112,9 +112,13 @@ Distance GrooveTarget::missing (char sign) noexcept
 
 Distance GrooveTarget::misplayed (char sign, std::uint32_t loudest) noexcept
 {
-    const auto above = sign == 'o' && loudest > loudestSoft ? loudest - loudestSoft : 0;
-    const auto below = sign == '#' && loudest < softestAccent ? softestAccent - loudest : 0;
-    return Distance { above + below } * reach;
+    if (sign == 'o' && loudest > loudestSoft)
+        return Distance { loudest - loudestSoft } * reach;
+
+    if (sign == '#' && loudest < softestAccent)
+        return Distance { softestAccent - loudest } * reach;
+
+    return 0;
 }
 
 //==============================================================================

@@ -6,6 +6,8 @@
 #include "generation/GenreProfile.h"
 #include "generation/TakeCode.h"
 
+#include <type_traits>
+
 namespace pulsewright::cli
 {
 
@@ -47,10 +49,10 @@ Take takeFrom (const CommandLine& line, Take::Kind kind)
     auto take = startOf (line, kind);
 
     /** What is given, and without a code the default. */
-    const auto replace = [&line, hasCode = line.has ("--code")]<typename Value> (const char* option, Value& value)
+    const auto replace = [&line, hasCode = line.has ("--code")] (const char* option, auto& value)
     {
         if (line.has (option) || (! hasCode && line.knows (option)))
-            value = line.get<Value> (option);
+            value = line.get<std::remove_reference_t<decltype (value)>> (option);
     };
 
     replace ("--genre", take.settings.genre);
