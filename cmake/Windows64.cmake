@@ -24,8 +24,7 @@ set (CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 set (ENV{PKG_CONFIG_LIBDIR} "${root}/.deps/mingw/usr/x86_64-w64-mingw32/lib/pkgconfig")
 set (XSIMD_INCLUDE_DIR "${root}/.deps/mingw/usr/include" CACHE PATH "Where the SIMD library is")
 
-# JUCE expects to be compiled by Microsoft's compiler: what that brings without being asked, the system of Windows 10, and
-# one enumeration in juce_graphics that C++ does not allow as it stands.
+# JUCE expects to be compiled by Microsoft's compiler: what that includes by itself, and the system of Windows 10.
 set (CMAKE_CXX_FLAGS_INIT "-include intrin.h -include cstring -include cstdlib -DUNICODE -D_UNICODE -I${CMAKE_CURRENT_LIST_DIR}/patches -D_WIN32_WINNT=0x0A00 -DNTDDI_VERSION=0x0A00000C")
 
 # JUCE names its libraries for Microsoft's linker alone.
