@@ -24,8 +24,9 @@ set (CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 set (ENV{PKG_CONFIG_LIBDIR} "${root}/.deps/mingw/usr/x86_64-w64-mingw32/lib/pkgconfig")
 set (XSIMD_INCLUDE_DIR "${root}/.deps/mingw/usr/include" CACHE PATH "Where the SIMD library is")
 
-# JUCE expects to be compiled by Microsoft's compiler: what that includes by itself, and the system of Windows 10.
-set (CMAKE_CXX_FLAGS_INIT "-include intrin.h -include cstring -include cstdlib -DUNICODE -D_UNICODE -I${CMAKE_CURRENT_LIST_DIR}/patches -D_WIN32_WINNT=0x0A00 -DNTDDI_VERSION=0x0A00000C")
+# JUCE expects to be compiled by Microsoft's compiler: what that includes by itself, and the system of Windows 10. A method
+# of Windows' that returns a structure takes its address as an argument there, which GCC does when the headers say so.
+set (CMAKE_CXX_FLAGS_INIT "-include intrin.h -include cstring -include cstdlib -DUNICODE -D_UNICODE -I${CMAKE_CURRENT_LIST_DIR}/patches -D_WIN32_WINNT=0x0A00 -DNTDDI_VERSION=0x0A00000C -DWIDL_EXPLICIT_AGGREGATE_RETURNS")
 
 # JUCE names its libraries for Microsoft's linker alone.
 set (CMAKE_CXX_STANDARD_LIBRARIES "-ljpeg -lpng16 -lz -ld2d1 -ld3d11 -ldcomp -ldwrite -ldxgi -ldxguid -lwindowscodecs -lcomctl32 -lcomdlg32 \
