@@ -100,7 +100,8 @@ inline std::vector<BadState> badStates (const juce::MemoryBlock& good)
         { "binary without end",       framed (stateText ("seedCounter=\"9\" base64:x=\"-1.\"")) },
         { "binary, a gigabyte",       framed (stateText ("", "<PARAM id=\"swing\" value=\"1\" base64:x=\"1000000000.\"/>")) },
         { "binary and a number",      framed (stateText ("base64:seedCounter=\"1.A\" seedCounter=\"5\"")) },
-        { "enormous",                 framed (stateText ("", many ("<PARAM id=\"density\" value=\"1\"/>", 100000))) }
+        { "enormous",                 framed (stateText ("", many ("<PARAM id=\"density\" value=\"1\"/>", 100000))) },
+        { "over 64 KiB",              framed (stateText ("later='" + many ("a", 65536) + "'")) }
     };
     // clang-format on
 }
