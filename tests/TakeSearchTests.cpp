@@ -47,8 +47,9 @@ namespace
         for (std::size_t settings = 0; settings < query.settings.size(); ++settings)
             for (auto take = query.firstTake; take <= query.lastTake; ++take)
             {
-                auto groove = grooveOf (query, settings, take, target.bars());
-                all.push_back ({ { target.distanceTo (groove, scratch), query.settings[settings].genre, take, settings }, std::move (groove.hits) });
+                auto groove         = grooveOf (query, settings, take, target.bars());
+                const auto distance = target.distanceTo (groove, scratch);
+                all.emplace_back (Answer::value_type { distance, query.settings[settings].genre, take, settings }, std::move (groove.hits));
             }
 
         std::ranges::sort (all, {}, &decltype (all)::value_type::first);

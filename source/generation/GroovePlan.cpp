@@ -291,8 +291,9 @@ GroovePlan::GroovePlan (const GenerationSettings& settings, SectionType type, st
     constexpr std::size_t usualStrokesOfABar = 32;
 
     const auto different = std::min (numBars, period);
-    strokes.reserve (static_cast<std::size_t> (different + 1) * usualStrokesOfABar);
-    ends.reserve (static_cast<std::size_t> (different + 1));
+    const auto offers    = static_cast<std::size_t> (different) + 1; // the last bar's too
+    strokes.reserve (offers * usualStrokesOfABar);
+    ends.reserve (offers);
     Drummer drummer (settings, type, strokes);
 
     const auto offer = [&] (std::int32_t bar, bool isLastBar)

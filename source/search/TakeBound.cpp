@@ -178,10 +178,10 @@ TakeBound::TakeBound (const GroovePlan& plan, const GrooveTarget& target) : base
 
     std::int32_t later = 0;
 
-    for (auto bar = weighedBars.rbegin(); bar != weighedBars.rend(); ++bar)
+    for (auto bar = weighedBars.size(); bar-- > 0;)
     {
-        bar->bestLater = later;
-        for (const auto& stroke : bar->strokes)
+        weighedBars[bar].bestLater = later;
+        for (const auto& stroke : weighedBars[bar].strokes)
             later += std::min (0, stroke.weight);
     }
 }
