@@ -123,7 +123,7 @@ def press(role, name, says=""):
 
 def downloaded(name):
     file = DOWNLOADS / name
-    wait_for(file.exists, name)
+    wait_for(lambda: file.exists() and file.stat().st_size, name)  # Chromium makes it empty, then moves the whole one there
     data = file.read_bytes()
     file.unlink()
     return data
