@@ -45,12 +45,22 @@ protected:
         EXPECT_TRUE (comesTrue ([this] { return editor->isMouseOver (true); })) << "the window is not shown";
     }
 
-    /** Puts the pointer on a control and waits until the window has noticed. */
+    /** Puts the pointer on a control, again whenever the window has moved, and waits until the control has noticed. */
     void pointAt (const juce::String& title, juce::Point<int> offset = {})
     {
-        const auto point = find (title).getScreenBounds().getCentre() + offset;
-        run ("xdotool mousemove " + juce::String (point.x) + " " + juce::String (point.y));
-        ASSERT_TRUE (comesTrue ([&] { return find (title).isMouseOver (true); })) << title;
+        juce::Point<int> aimedAt;
+        const auto isOver = [&]
+        {
+            if (const auto point = find (title).getScreenBounds().getCentre() + offset; point != aimedAt)
+            {
+                aimedAt = point;
+                run ("xdotool mousemove " + juce::String (point.x) + " " + juce::String (point.y));
+            }
+
+            return find (title).isMouseOver (true);
+        };
+
+        ASSERT_TRUE (comesTrue (isOver)) << title;
     }
 
     void pressButton() { sendUntilCounted ("xdotool mousedown 1", presses); }
