@@ -21,9 +21,10 @@ export DISPLAY
 expect() { local what=$1; shift; "$@" || { echo "FAILED: $what"; cat "$log"; failed=1; }; }
 
 # Opens the app and ends it. Usage: app_until COMMAND..., which gets the app's process as its last argument
+# A search fails when a window closes while it looks (BadWindow), so that it is repeated.
 app_until() {
     "$app" 2> "$log" & local process=$!
-    timeout 20 xdotool search --sync --name '^Pulsewright' > "$scratch/windows" || kill -KILL $process
+    expect "the app shows its window" timeout 20 sh -c 'until xdotool search --name "^Pulsewright" > /dev/null 2>&1; do sleep 0.1; done'
     "$@" $process
     wait $process
     expect "the app ends in good order" [ $? = 0 ]
