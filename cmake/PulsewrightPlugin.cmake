@@ -27,6 +27,7 @@ target_sources (Pulsewright PRIVATE
     source/processor/BlockPlayer.cpp
     source/processor/BlockPlayer.h
     source/wrappers/GuardedBase64.cpp
+    source/wrappers/PluginFilter.cpp
     source/processor/Parameters.cpp
     source/processor/Parameters.h
     source/processor/PulsewrightAudioProcessor.cpp

@@ -153,7 +153,6 @@ private:
 
     Session::SongForm formSeen; // that a song was built for last, or that the window opened on
 
-    X11Survival survival;
     std::vector<juce::Component*> focusOrder; // in which the controls were added
     SafePointer<juce::Component> listenedWindow;
     HostKeyboard hostKeyboard { *this, [this] { return isKeyboardWanted(); } };

@@ -6,6 +6,7 @@
 
 #if JUCE_LINUX || JUCE_BSD
 #include <X11/Xproto.h>
+#include <mutex>
 #include <utility>
 #endif
 
@@ -33,21 +34,32 @@ namespace
         return False; // Xlib then calls no error handler
     }
 
+    ::Display* displayOfJuce()
+    {
+        const auto* const system = juce::XWindowSystem::getInstanceWithoutCreating();
+        return system != nullptr ? system->getDisplay() : nullptr;
+    }
+
     /** In the place of exit(): Xlib goes on, and answers every further request with nothing. JUCE must no longer wait for
-        its connection, which counts as readable from now on.
+        its connection, which counts as readable from now on. Xlib has locked the display for a thread that will not come
+        back; any other, such as the one that closes the display, would wait for ever.
     */
     void goOnWithoutServer (::Display* display, void*)
     {
-        juce::LinuxEventLoop::unregisterFdCallback (juce::X11Symbols::getInstance()->xConnectionNumber (display));
+        const auto& x11 = *juce::X11Symbols::getInstance();
+        juce::LinuxEventLoop::unregisterFdCallback (x11.xConnectionNumber (display));
+        x11.xUnlockDisplay (display);
     }
+
+    std::mutex survivorsLock;
+    int numSurvivors = 0;
 
     /** What Xlib calls first. Its own handler ends the process: it is left to all other connections. */
     XIOErrorHandler xlibsIoErrorHandler = nullptr;
-    int numSurvivors                    = 0;
 
     int returnToExitHandler (::Display* display)
     {
-        return display == juce::XWindowSystem::getInstance()->getDisplay() ? 0 : xlibsIoErrorHandler (display);
+        return display == displayOfJuce() ? 0 : xlibsIoErrorHandler (display);
     }
 
     /** JUCE looks these names up and takes what is not there for a name. */
@@ -85,15 +97,18 @@ void prepareX11Connection()
 
     const juce::XWindowSystemUtilities::ScopedXLock lock;
     makeMissingAtoms (system.getDisplay(), const_cast<juce::XWindowSystemUtilities::Atoms&> (system.getAtoms()));
-
-    if (const auto setExitHandler = findInXlib<SetExitHandler> ("XSetIOErrorExitHandler")) // of libX11 1.7 or later
-        setExitHandler (system.getDisplay(), goOnWithoutServer, nullptr);
 }
 
 X11Survival::X11Survival()
 {
-    if (++numSurvivors > 1 || juce::XWindowSystem::getInstance()->getDisplay() == nullptr)
+    const std::scoped_lock lock (survivorsLock);
+    auto* const display = displayOfJuce();
+
+    if (++numSurvivors > 1 || display == nullptr)
         return;
+
+    if (const auto setExitHandler = findInXlib<SetExitHandler> ("XSetIOErrorExitHandler")) // of libX11 1.7 or later
+        setExitHandler (display, goOnWithoutServer, nullptr);
 
     auto* const x11     = juce::X11Symbols::getInstance();
     const auto before   = x11->xSetIOErrorHandler (nullptr); // which gives the place back to Xlib's own
@@ -105,6 +120,8 @@ X11Survival::X11Survival()
 
 X11Survival::~X11Survival()
 {
+    const std::scoped_lock lock (survivorsLock);
+
     if (--numSurvivors > 0 || xlibsIoErrorHandler == nullptr)
         return;
 

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Tolm
 // SPDX-License-Identifier: AGPL-3.0-only
 
-// What has to be said to X11 beside JUCE. Message thread only; on other platforms these do nothing.
+// What has to be said to X11 beside JUCE. Message thread only, but for X11Survival; on other platforms these do nothing.
 
 #pragma once
 
@@ -13,16 +13,16 @@ namespace pulsewright
 /** Makes JUCE's connection to the display fit for a first window; to be called before there is one.
 
     JUCE looks names up that a window manager usually has made. Where there is none, JUCE would use them unmade, an
-    error that ends most hosts: they are made here. And where the connection breaks, Xlib returns to JUCE instead of
-    ending the process, if the process's own handler lets it (as that of JUCE's apps does).
+    error that ends most hosts: they are made here.
 */
 void prepareX11Connection();
 
-/** While one exists, the process survives the end of the X server, if it needs X11 only for plug-ins' windows (a host under
-    Wayland).
+/** While one exists, the process survives the end of the X server, if it needs X11 only for plug-ins (a host under Wayland,
+    or without a window).
 
-    A handler for broken connections that the host has installed stays. Xlib's own handler ends the process, so it is no
-    longer called for JUCE's connection.
+    Where JUCE's connection breaks, Xlib returns to JUCE instead of ending the process. A handler for broken connections
+    that the process has installed stays, and has to return, as that of JUCE's apps does. Xlib's own handler ends the
+    process, so it is no longer called for JUCE's connection. Thread: any.
 */
 struct X11Survival
 {

@@ -411,9 +411,3 @@ std::optional<juce::String> PulsewrightAudioProcessor::getNameForMidiNoteNumber 
 }
 
 } // namespace pulsewright
-
-//==============================================================================
-juce::AudioProcessor* JUCE_CALLTYPE createPluginFilter()
-{
-    return new pulsewright::PulsewrightAudioProcessor();
-}

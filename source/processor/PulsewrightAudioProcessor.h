@@ -23,7 +23,7 @@ namespace pulsewright
     publish it; processBlock() plays what was published last and never waits for anything.
     A host may call the operations, the parameters and the state from any thread.
 */
-class PulsewrightAudioProcessor final : public juce::AudioProcessor
+class PulsewrightAudioProcessor : public juce::AudioProcessor
 {
 public:
     PulsewrightAudioProcessor();

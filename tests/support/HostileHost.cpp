@@ -4,7 +4,8 @@
 // A host that does what no host should, to the built VST3 or LV2. What it does is drawn from a seed, which it prints:
 // the same seed does the same again, to the sample.
 // Usage: pulsewright-hostile-host BUNDLE [--seed N] [--rounds N | --seconds N]
-//        pulsewright-hostile-host LV2 --window   opens its window, and leaves it open until the X server ends
+//        pulsewright-hostile-host BUNDLE --loaded   plays until the X server ends, and on
+//        pulsewright-hostile-host LV2 --window      does so with its window open
 
 #include "RawHosts.h"
 #include "StateBytes.h"
@@ -205,7 +206,7 @@ namespace
     }
 
     /** On a display where nobody has made the names that window managers make, and until it is gone. */
-    void keepWindowOpen (const juce::File& bundle)
+    void outliveServer (const juce::File& bundle, bool withWindow)
     {
         const auto parent = makeParent();
         const auto host   = openRaw (bundle, 48000.0);
@@ -213,21 +214,25 @@ namespace
         {
             for (int i = 0; i < 50; ++i)
             {
-                host->tendWindow();
+                if (withWindow)
+                    host->tendWindow();
+
                 require (host->play ({ .beat = i * 0.1, .numSamples = 512 }), "it plays");
                 juce::Thread::sleep (10);
             }
         };
 
-        for (int i = 0; i < 5; ++i)
+        for (int i = 0; withWindow && i < 5; ++i)
         {
             host->openWindow (parent);
             tend();
             host->closeWindow();
         }
 
-        host->openWindow (parent);
-        std::puts ("The window is open");
+        if (withWindow)
+            host->openWindow (parent);
+
+        std::puts ("It runs");
         std::fflush (stdout);
 
         for (int i = 0; i < 60 && isServerThere(); ++i)
@@ -235,7 +240,10 @@ namespace
 
         require (! isServerThere(), "the X server ends within half a minute");
         tend();
-        host->closeWindow();
+
+        if (withWindow)
+            host->closeWindow();
+
         require (! host->save().isEmpty(), "it can be saved");
     }
 #endif
@@ -281,8 +289,8 @@ int main (int argc, char** argv)
         const auto seconds = option ("--seconds", 0);
 
 #if JUCE_LINUX
-        if (arguments.back() == "--window")
-            return pulsewright::keepWindowOpen (bundle), EXIT_SUCCESS;
+        if (const auto& mode = arguments.back(); mode == "--window" || mode == "--loaded")
+            return pulsewright::outliveServer (bundle, mode == "--window"), EXIT_SUCCESS;
 #endif
 
         pulsewright::playRounds (bundle,

@@ -2,10 +2,10 @@
 # SPDX-FileCopyrightText: 2026 Tolm
 # SPDX-License-Identifier: AGPL-3.0-only
 
-# From outside, on a display without a window manager: the app's settings and its end, and a host whose X server dies.
-# Usage: outside.sh PULSEWRIGHT HOSTILE-HOST LV2
+# From outside, on a display without a window manager: the app's settings and its end, and hosts whose X server dies.
+# Usage: outside.sh PULSEWRIGHT HOSTILE-HOST LV2 VST3
 set -u
-app=$1 host=$2 lv2=$3 failed=0
+app=$1 host=$2 lv2=$3 vst3=$4 failed=0
 
 scratch=$(mktemp -d)
 trap 'kill $server 2>/dev/null; rm -rf "$scratch"' EXIT
@@ -75,13 +75,19 @@ expect "a pipe is set aside" grep -q "are not a file" "$log"
 XDG_CONFIG_HOME=/dev/null/settings app_until kill -TERM
 expect "settings that cannot be written are told" grep -q "cannot be written to /dev/null/settings/Pulsewright.settings" "$log"
 
-# The X server dies: under the app, which saves, and under a host that only has it for its plug-ins' windows.
-"$host" "$lv2" --window > "$log.host" 2>&1 & host_process=$!
-for _ in $(seq 200); do grep -q open "$log.host" && break; sleep 0.1; done
+# The X server dies: under the app, which saves, and under hosts that only have it for their plug-ins.
+hosts=()
+for plugin in "$lv2 --window" "$lv2 --loaded" "$vst3 --loaded"; do
+    log_of_host=$log.${#hosts[@]}
+    "$host" "${plugin% *}" "${plugin##* }" > "$log_of_host" 2>&1 & hosts+=($!)
+    for _ in $(seq 200); do grep -q runs "$log_of_host" && break; sleep 0.1; done
+done
 rm "$settings"
 end_server() { sleep 1; kill $server; }
 app_until end_server
 expect "the app saves when its display is gone" holds_state
-wait $host_process || { failed=1; echo "FAILED: the host lives on"; cat "$log.host"; }
+for i in "${!hosts[@]}"; do
+    wait "${hosts[i]}" || { failed=1; echo "FAILED: host $i lives on"; cat "$log.$i"; }
+done
 
 exit $failed
