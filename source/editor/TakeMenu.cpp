@@ -146,12 +146,22 @@ void TakeMenu::complain (const juce::String& title, const juce::String& text)
     juce::MessageManager::callAsync (
         [self = juce::WeakReference (this), title, text]
         {
-            if (self == nullptr)
-                return;
-
-            const auto options = juce::MessageBoxOptions::makeOptionsOk (juce::MessageBoxIconType::WarningIcon, title, text, {}, &self->window);
-            self->message      = juce::AlertWindow::showScopedAsync (options.withParentComponent (&self->window), nullptr);
+            if (self != nullptr)
+                self->showMessage (title, text);
         });
+}
+
+void TakeMenu::showMessage (const juce::String& title, const juce::String& text)
+{
+    message.deleteAndZero();
+    message = window.getLookAndFeel().createAlertWindow (title, text, "OK", {}, {}, juce::MessageBoxIconType::WarningIcon, 1, &window);
+
+    // JUCE would take it from the desktop only when it is visible there: it would keep its place on the screen, which may
+    // lie outside the window, and a window manager that has seen it could leave the keyboard to nobody.
+    message->removeFromDesktop();
+    window.addAndMakeVisible (message.getComponent());
+    message->setCentrePosition (window.getLocalBounds().getCentre());
+    message->enterModalState (true, nullptr, true);
 }
 
 } // namespace pulsewright

@@ -19,6 +19,7 @@ class TakeMenu
 {
 public:
     TakeMenu (PulsewrightAudioProcessor& owner, juce::Component& window);
+    ~TakeMenu() { message.deleteAndZero(); }
 
     /** Opens the menu inside the window. @param at  where, in the window's coordinates */
     void show (juce::Point<int> at);
@@ -35,11 +36,12 @@ private:
     void savePreset();
     void loadPreset();
     void complain (const juce::String& title, const juce::String& text);
+    void showMessage (const juce::String& title, const juce::String& text);
 
     PulsewrightAudioProcessor& processor;
     juce::Component& window;
     FileDialog dialog;
-    juce::ScopedMessageBox message;
+    juce::Component::SafePointer<juce::AlertWindow> message; // deletes itself when it is answered
     juce::File lastExport;
 
     JUCE_DECLARE_WEAK_REFERENCEABLE (TakeMenu)

@@ -101,19 +101,31 @@ TEST_F (Window, ItsMenuKeepsTakesAndSendsThem)
     press ("Down Right Down Right Return");
     EXPECT_TRUE (plays (second));
 
-    // What is no code is said, and changes nothing.
+    // What is no code is said, and changes nothing. The window is in a corner of the screen.
+    editor->setTopLeftPosition (470, 350);
     juce::SystemClipboard::copyTextToClipboard ("PW1-QUITE-WRONG");
-    press ("shift+F10");
-    press ("Down Down Down Return");
-    EXPECT_TRUE (comesTrue (
-        []
-        {
-            auto* alert = dynamic_cast<juce::AlertWindow*> (juce::Component::getCurrentlyModalComponent());
-            return alert != nullptr && alert->hasKeyboardFocus (true);
-        }));
+    const auto pasteAndHear = [this]
+    {
+        press ("shift+F10");
+        press ("Down Down Down Return");
+        ASSERT_TRUE (comesTrue (
+            []
+            {
+                auto* alert = dynamic_cast<juce::AlertWindow*> (juce::Component::getCurrentlyModalComponent());
+                return alert != nullptr && alert->hasKeyboardFocus (true);
+            }));
+        EXPECT_TRUE (editor->getLocalBounds().contains (juce::Component::getCurrentlyModalComponent()->getBounds()));
+    };
+    const auto isAnswered = [] { return juce::Component::getCurrentlyModalComponent() == nullptr; };
+    pasteAndHear();
     press ("Return");
-    EXPECT_TRUE (comesTrue ([] { return juce::Component::getCurrentlyModalComponent() == nullptr; }));
+    EXPECT_TRUE (comesTrue (isAnswered));
     EXPECT_TRUE (plays (second));
+
+    // The message goes with the window.
+    pasteAndHear();
+    editor.reset();
+    EXPECT_TRUE (comesTrue (isAnswered));
 }
 
 TEST_F (Window, KnobsTurnAndTakeNumbers)
