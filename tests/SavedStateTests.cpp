@@ -115,6 +115,7 @@ TEST (SavedState, AStateThatIsReadCanBeSavedAndReadAgain)
         { "seedCounter=\"7\"", parameterElement ("swing", "0.25") + swing },
         { "seedCounter=\"7\"", swing + juce::String::repeatedString ("<a/>", 240) },
         { "seedCounter=\"7\" later='" + juce::String::repeatedString ("\"", 300) + "'", swing },
+        { "seedCounter=\"7\" later=\"&amp;&lt;&gt;&quot;&apos;&#9;&#x41;\"", swing },
         { "seedCounter=\"7\" later='" + juce::String::repeatedString ("a", 65000) + "'", swing }
     };
 

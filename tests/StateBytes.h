@@ -97,6 +97,7 @@ inline std::vector<BadState> badStates (const juce::MemoryBlock& good)
         { "entities in the header",   framed ("<?xml '?><!DOCTYPE x [<!ENTITY a \"x&a;\">]><PulsewrightState>&a;</PulsewrightState>'?>") },
         { "entities",                 framed ("<!DOCTYPE x [<!ENTITY a \"aaaa\"><!ENTITY b \"&a;&a;\">]>" + stateText ("seedCounter=\"9\"")) },
         { "entities without an end",  framed ("<PulsewrightState seedCounter=\"9\">" + many ("&", 65000) + "</PulsewrightState>") },
+        { "markup in an entity",      framed (stateText ("seedCounter=\"9\"", "&<a>&#x;")) },
         { "binary without end",       framed (stateText ("seedCounter=\"9\" base64:x=\"-1.\"")) },
         { "binary, a gigabyte",       framed (stateText ("", "<PARAM id=\"swing\" value=\"1\" base64:x=\"1000000000.\"/>")) },
         { "binary and a number",      framed (stateText ("base64:seedCounter=\"1.A\" seedCounter=\"5\"")) },

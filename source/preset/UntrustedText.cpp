@@ -12,17 +12,30 @@ namespace pulsewright
 
 namespace
 {
-    constexpr std::ptrdiff_t mostMarks = 256; // of tags, and of entities: a state of ours has some twenty tags
+    constexpr std::ptrdiff_t mostTags = 256; // a state of ours has some twenty
+    constexpr std::size_t mostDigits  = 7;   // "&#1114111;" is the last character
 
-    /** "&name;", which begins a search; "&#65;" is at most twelve digits long. */
-    std::ptrdiff_t numNamedEntities (std::string_view text)
+    /** Whether this is what follows the "&" of an entity that needs no declaration: "amp;", "#65;", "#x41;". */
+    bool beginsWithEntity (std::string_view text)
     {
-        std::ptrdiff_t count = 0;
+        for (const std::string_view name : { "amp;", "lt;", "gt;", "quot;", "apos;" })
+            if (text.starts_with (name))
+                return true;
 
+        const bool isHex  = text.starts_with ("#x");
+        const auto digits = text.substr (std::min (text.size(), isHex ? std::size_t { 2 } : std::size_t { 1 }));
+        const auto length = digits.find_first_not_of (isHex ? "0123456789abcdefABCDEF" : "0123456789");
+
+        return text.starts_with ('#') && length > 0 && length <= mostDigits && digits[length] == ';';
+    }
+
+    bool hasOnlyKnownEntities (std::string_view text)
+    {
         for (auto at = text.find ('&'); at != text.npos; at = text.find ('&', at + 1))
-            count += text.substr (at + 1, 1) == "#" ? 0 : 1;
+            if (! beginsWithEntity (text.substr (at + 1)))
+                return false;
 
-        return count;
+        return true;
     }
 } // namespace
 
@@ -33,7 +46,7 @@ bool isSafeToParse (std::string_view text)
     const auto lastChar = text.find_last_not_of (" \t\r\n");
     const bool isWhole  = lastChar != text.npos && text[lastChar] == '>';
 
-    return isPlain && isWhole && std::count (text.begin(), text.end(), '<') <= mostMarks && numNamedEntities (text) <= mostMarks
+    return isPlain && isWhole && std::count (text.begin(), text.end(), '<') <= mostTags && hasOnlyKnownEntities (text)
         && text.find ("<!") == text.npos && text.find ("<?", 1) == text.npos && text.find ("base64:") == text.npos;
 }
 

@@ -12,11 +12,11 @@ namespace pulsewright
 
 /** Whether JUCE's XML parser can be trusted with a text.
 
-    The parser calls itself for every level of nesting and for every entity, and accepts much that is not XML. We do not
-    predict how the parser reads such a text. The limits here are safe however it reads it. (For a named entity it also
-    searches the whole rest of the text for the end.) What was written here is plain ASCII, has one header and no markup in
-    its values; a text that was cut short does not end with a tag. A base64 attribute names the memory to allocate. Our
-    states have none, so it is refused.
+    The parser calls itself for every level of nesting, and accepts much that is not XML. We do not predict how the parser
+    reads such a text. The limits here are safe however it reads it. What it takes for an entity of another name than the
+    five known ones may hold markup, which it reads as well, and past its end. What was written here is plain ASCII, has one
+    header and no markup in its values; a text that was cut short does not end with a tag. A base64 attribute names the
+    memory to allocate. Our states have none, so it is refused.
 */
 bool isSafeToParse (std::string_view text);
 
