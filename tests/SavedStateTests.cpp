@@ -108,11 +108,12 @@ TEST (SavedState, WhatIsNoStateGivesNothing)
 
 TEST (SavedState, AStateThatIsReadCanBeSavedAndReadAgain)
 {
-    // Within the bounds, but not as it would be written out: twice the same, or too long once it is.
+    // Within the bounds, but not as it would be written out: twice the same, with more digits, or too long once it is.
     const auto swing = parameterElement ("swing", "0.75");
     const std::vector<std::pair<juce::String, juce::String>> odd {
         { "seedCounter=\"9\" lock1=\"1\" seedCounter=\"7\" lock1=\"0\"", "<PARAM id=\"swing\" value=\"0.25\" value=\"0.75\"/>" },
         { "seedCounter=\"7\"", parameterElement ("swing", "0.25") + swing },
+        { "seedCounter=\"7\"", parameterElement ("density", "0.0009930000009938504") + swing },
         { "seedCounter=\"7\"", swing + juce::String::repeatedString ("<a/>", 240) },
         { "seedCounter=\"7\" later='" + juce::String::repeatedString ("\"", 300) + "'", swing },
         { "seedCounter=\"7\" later=\"&amp;&lt;&gt;&quot;&apos;&#9;&#x41;\"", swing },

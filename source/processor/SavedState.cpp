@@ -93,12 +93,15 @@ namespace
         return isNegative ? 0u - counter : counter;
     }
 
-    /** A stored value as a number inside the parameter's range; text without a number counts as 0. */
-    double safeValue (const juce::String& stored, const juce::NormalisableRange<float>& range)
+    /** A stored value as the float that the parameter would hold, inside its range; text without a number counts as 0. JUCE
+        does not read the last digits of a small double that it has written: the saved text would change with a restore.
+    */
+    float safeValue (const juce::String& stored, const juce::NormalisableRange<float>& range)
     {
         const auto value = numberFrom (stored);
 
-        return juce::jlimit (static_cast<double> (range.start), static_cast<double> (range.end), std::isnan (value) ? 0.0 : value);
+        return static_cast<float> (
+            juce::jlimit (static_cast<double> (range.start), static_cast<double> (range.end), std::isnan (value) ? 0.0 : value));
     }
 
     /** Makes every parameter's stored value safe and gives those that are missing their defaults. What a
@@ -116,7 +119,7 @@ namespace
             if (! state.getChildWithProperty (idProperty, ranged->paramID).isValid())
                 state.appendChild (juce::ValueTree (parameterType, { { idProperty, ranged->paramID } }), nullptr);
 
-            const auto defaultValue = static_cast<double> (ranged->convertFrom0to1 (ranged->getDefaultValue()));
+            const auto defaultValue = ranged->convertFrom0to1 (ranged->getDefaultValue());
 
             for (auto child : state)
                 if (child[idProperty].toString() == ranged->paramID)
