@@ -6,6 +6,7 @@
 
 #if JUCE_LINUX || JUCE_BSD
 #include <X11/Xproto.h>
+#include <atomic>
 #include <mutex>
 #include <utility>
 #endif
@@ -55,11 +56,11 @@ namespace
     int numSurvivors = 0;
 
     /** What Xlib calls first. Its own handler ends the process: it is left to all other connections. */
-    XIOErrorHandler xlibsIoErrorHandler = nullptr;
+    std::atomic<XIOErrorHandler> xlibsIoErrorHandler = nullptr;
 
     int returnToExitHandler (::Display* display)
     {
-        return display == displayOfJuce() ? 0 : xlibsIoErrorHandler (display);
+        return display == displayOfJuce() ? 0 : xlibsIoErrorHandler.load() (display);
     }
 
     /** JUCE looks these names up and takes what is not there for a name. */
@@ -110,12 +111,13 @@ X11Survival::X11Survival()
     if (const auto setExitHandler = findInXlib<SetExitHandler> ("XSetIOErrorExitHandler")) // of libX11 1.7 or later
         setExitHandler (display, goOnWithoutServer, nullptr);
 
+    // Without a handler Xlib takes its own: the first call puts it in place, the second gives it to us.
     auto* const x11     = juce::X11Symbols::getInstance();
-    const auto before   = x11->xSetIOErrorHandler (nullptr); // which gives the place back to Xlib's own
-    xlibsIoErrorHandler = x11->xSetIOErrorHandler (returnToExitHandler);
+    const auto before   = x11->xSetIOErrorHandler (nullptr);
+    xlibsIoErrorHandler = x11->xSetIOErrorHandler (nullptr);
 
-    if (before != xlibsIoErrorHandler)
-        x11->xSetIOErrorHandler (before); // the host has one
+    const bool hostHasOne = before != xlibsIoErrorHandler;
+    x11->xSetIOErrorHandler (hostHasOne ? before : returnToExitHandler);
 }
 
 X11Survival::~X11Survival()

@@ -101,7 +101,7 @@ TEST_F (Window, ItsMenuKeepsTakesAndSendsThem)
     press ("Down Right Down Right Return");
     EXPECT_TRUE (plays (second));
 
-    // What is no code is said, and changes nothing. The window is in a corner of the screen.
+    // What is no code is said, and changes nothing. The window is away from the upper left corner of the screen.
     editor->setTopLeftPosition (470, 350);
     juce::SystemClipboard::copyTextToClipboard ("PW1-QUITE-WRONG");
     const auto pasteAndHear = [this]
