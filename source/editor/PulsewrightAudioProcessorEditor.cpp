@@ -225,7 +225,7 @@ void PulsewrightAudioProcessorEditor::report (juce::Button& button, const juce::
 //==============================================================================
 void PulsewrightAudioProcessorEditor::timerCallback()
 {
-    deliverHeldX11Events (*this);
+    deliverHeldX11Events();
     leaveKeyboard();
 
     const bool hasRested = juce::Time::getMillisecondCounterHiRes() - lastSliderChangeMs >= restBeforeRegenerationMs;

@@ -7,6 +7,7 @@
 #if JUCE_LINUX || JUCE_BSD
 #include <X11/Xproto.h>
 #include <atomic>
+#include <juce_events/native/juce_EventLoopInternal_linux.h>
 #include <mutex>
 #include <utility>
 #endif
@@ -186,19 +187,22 @@ void sendX11Message (juce::Component& component, const char* type)
     x11.xFlush (display);
 }
 
-void deliverHeldX11Events (juce::Component& component)
+void deliverHeldX11Events()
 {
-    if (component.getPeer() == nullptr)
-        return;
-
     const auto isHeld = []
     {
         const juce::XWindowSystemUtilities::ScopedXLock lock;
-        return juce::X11Symbols::getInstance()->xEventsQueued (juce::XWindowSystem::getInstance()->getDisplay(), QueuedAlready) > 0;
+        return juce::X11Symbols::getInstance()->xEventsQueued (displayOfJuce(), QueuedAlready) > 0;
     };
 
-    if (isHeld())
-        sendX11Message (component, "PULSEWRIGHT_WAKE_UP"); // comes back over the connection; JUCE then reads everything
+    const auto deliver = []
+    {
+        if (auto* const display = displayOfJuce())
+            juce::LinuxEventLoopInternal::invokeEventLoopCallbackForFd (juce::X11Symbols::getInstance()->xConnectionNumber (display));
+    };
+
+    if (displayOfJuce() != nullptr && isHeld())
+        juce::MessageManager::callAsync (deliver); // what an event sets off has a turn of the loop to itself
 }
 
 #else
@@ -215,7 +219,7 @@ void offerOnlyCopies (juce::Component&)
 {}
 void sendX11Message (juce::Component&, const char*)
 {}
-void deliverHeldX11Events (juce::Component&)
+void deliverHeldX11Events()
 {}
 
 #endif

@@ -52,13 +52,14 @@ void offerOnlyCopies (juce::Component& component);
 */
 void sendX11Message (juce::Component& component, const char* type);
 
-/** Gets input moving that has arrived but waits inside Xlib.
+/** Delivers input that has arrived but waits inside Xlib.
 
     JUCE waits for its connection to become readable. A request with a reply (where is the pointer?) made
     just when a click arrives reads the click as well, and then nothing becomes readable: the click would
-    wait for whatever comes next. To be called now and then while the component's window is open; without
+    wait for whatever comes next. Neither would a message to ourselves help, which the next request may read
+    as well: so JUCE is made to read what is there. To be called now and then while a window is open; without
     waiting input it costs no system call.
 */
-void deliverHeldX11Events (juce::Component& component);
+void deliverHeldX11Events();
 
 } // namespace pulsewright

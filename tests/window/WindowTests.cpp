@@ -9,12 +9,14 @@
 
 #include "editor/EditorLayout.h"
 #include "editor/Palette.h"
+#include "editor/X11Messages.h"
 #include "export/MidiFileWriter.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <cstdio>
+#include <cstdlib>
 #include <ctime>
 #include <set>
 #include <thread>
@@ -303,6 +305,31 @@ TEST_F (Window, TheHostKeepsTheKeyboard)
     }
 
     editor.reset(); // before the window that it is in
+}
+
+// An answer of the X server brings along the events before it: Xlib holds them, and JUCE's loop sees an empty connection.
+TEST (HeldX11Events, AreDelivered)
+{
+    struct Target final : juce::Component
+    {
+        void mouseDown (const juce::MouseEvent&) override { ++presses; }
+        int presses = 0;
+    } target;
+
+    target.setBounds (100, 100, 400, 300);
+    target.addToDesktop (0);
+    target.setVisible (true);
+    run ("xdotool mousemove 300 250");
+    ASSERT_TRUE (comesTrue ([&] { return target.isMouseOver(); }));
+
+    for (const int presses : { 1, 2, 3 })
+    {
+        ASSERT_EQ (std::system ("xdotool click 1"), 0); // the message loop does not run meanwhile
+        juce::Desktop::getMousePosition();
+        deliverHeldX11Events();
+        juce::Desktop::getMousePosition(); // as the timer of a tooltip does, in the same turn of the loop
+        ASSERT_TRUE (comesTrue ([&] { return target.presses == presses; }));
+    }
 }
 
 // In a host that leaves errors of X11 to Xlib, as most do: the first one would end this process.
