@@ -41,7 +41,7 @@ private:
     PulsewrightAudioProcessor& processor;
     juce::Component& window;
     FileDialog dialog;
-    juce::Component::SafePointer<juce::AlertWindow> message; // deletes itself when it is answered
+    juce::Component::SafePointer<juce::AlertWindow> message; // deletes itself when it is answered; the next one replaces it
     juce::File lastExport;
 
     JUCE_DECLARE_WEAK_REFERENCEABLE (TakeMenu)
