@@ -119,16 +119,26 @@ TEST (Editor, DrawsWhatItShows)
     EXPECT_EQ (at (layout.generateButton.getX() + 8, layout.generateButton.getY() + 4), palette::generateButtonColour);
     EXPECT_EQ (at (layout.saveButton.getX() + 8, layout.saveButton.getY() + 4), palette::faceColour);
 
-    // The hit on beat 2 lies in the middle of the kick's row: 76 + 984 / 2, 43 + 151 / 8.
-    EXPECT_EQ (at (layout.grid.getX() + 76 + 492, layout.grid.getY() + 43 + 18), palette::accentColour);
+    // The hit on beat 2 lies in the middle of the kick's row: 76 + 994 / 2, 43 + 151 / 8.
+    EXPECT_EQ (at (layout.grid.getX() + 76 + 497, layout.grid.getY() + 43 + 18), palette::accentColour);
 
-    // Tempo, and a song without sections: the first button alone, with its old text.
-    EXPECT_TRUE (std::ranges::any_of (window.editor->getChildren(),
-                                      [] (auto* child)
-                                      {
-                                          const auto* label = dynamic_cast<juce::Label*> (child);
-                                          return label != nullptr && label->getText() == "90 BPM  |  MIDI OUT CH 10  |  C4-G4 TRIGGER SECTIONS";
-                                      }));
+    // The line of beat 1, a quarter of the way.
+    EXPECT_EQ (at (layout.grid.getX() + 76 + 248, layout.grid.getY() + 43 + 18), palette::outlineColour.brighter (0.15f));
+
+    // Every box and knob has its name above it. A song without sections: the first button alone, with its old text.
+    std::set<juce::String> texts;
+    for (auto* child : window.editor->getChildren())
+        if (const auto* label = dynamic_cast<juce::Label*> (child))
+            texts.insert (label->getText());
+
+    EXPECT_TRUE (texts.contains ("90 BPM  |  MIDI OUT CH 10  |  C4-G4 TRIGGER SECTIONS"));
+    for (auto* child : window.editor->getChildren())
+    {
+        const auto* slider = dynamic_cast<juce::Slider*> (child);
+        const bool isNamed = dynamic_cast<juce::ComboBox*> (child) != nullptr || (slider != nullptr && slider->isRotary());
+        EXPECT_TRUE (! isNamed || texts.contains (child->getTitle().toUpperCase())) << child->getTitle();
+    }
+
     EXPECT_EQ (window.find<juce::TextButton> ("Section INTRO").getButtonText(), "INTRO");
     EXPECT_EQ (window.find ("Pattern").getDescription(), "CURRENT PATTERN, 1 bars  /  2 notes");
 }
