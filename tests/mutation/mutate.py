@@ -29,12 +29,15 @@ JUCE = os.environ.get("JUCE_DIR", f"{ROOT}/.deps/juce-8.0.6")
 
 # The sources, the preset, and the programs that may notice, each with a filter of its tests.
 CORE, DIGEST, KIT_TESTS = "pulsewright_core_tests", "pulsewright-music-digest", "*Strokes*:DrumSynth*:KitTables*"
+PLUGIN, WINDOW = "pulsewright_plugin_tests", "pulsewright_window_tests"
 AREAS = {
     "generation": ("generation/*", "core", {CORE: f"-{KIT_TESTS}", DIGEST: None}),
     "writer": ("export/MidiFileWriter.cpp", "core", {CORE: "*Midi*:*Track*", DIGEST: None}),
     "playback": ("processor/playback/*", "core", {CORE: f"-{KIT_TESTS}"}),
     "kit": ("processor/kit/*", "core", {CORE: KIT_TESTS}),
     "state": ("processor/SavedState.cpp", "release", {"pulsewright_state_tests": "*"}),
+    "session": ("session/*", "release", {PLUGIN: "Processor*:PlayedTakes*"}),
+    "editor": ("editor/[EP]*.cpp", "release", {PLUGIN: "Editor*", WINDOW: "Window.*"}),
 }
 
 PARSE = ["-xc++", "-std=c++20", "-Isource", f"-I{JUCE}/modules", "-DJUCE_GLOBAL_MODULE_SETTINGS_INCLUDED=1", "-DPULSEWRIGHT_X86_KERNELS"]
@@ -113,8 +116,9 @@ def failing(build, tests, seconds):
 
     for program, chosen in tests.items():
         arguments = ["--gtest_brief=1", "--gtest_fail_fast", f"--gtest_filter={chosen}"] if chosen else [str(TREE / "tests/data/music-digest.txt")]
+        display = [str(TREE / "tests/window/run.sh")] if program == WINDOW else []
         try:
-            subprocess.run([str(build / "tests" / program), *arguments], capture_output=True, timeout=seconds, preexec_fn=limit_memory, check=True)
+            subprocess.run([*display, str(build / "tests" / program), *arguments], capture_output=True, timeout=seconds, preexec_fn=limit_memory, check=True)
         except subprocess.SubprocessError:
             return program
     return ""
